@@ -1,0 +1,239 @@
+#include "host.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+
+#include "platform/platform.h"
+#include "site_context.h"
+#include "tagwright/tagwright.h"
+
+namespace tagwright {
+namespace {
+
+constexpr const char* kSettingsHelp =
+    "Settings are read when the program starts, from the file named by the\n"
+    "environment variable TAGWRIGHT_SETTINGS, or else /etc/tagwright/settings.conf,\n"
+    "as Name=text lines:\n"
+    "  BufferLengthCharacters=N      chunk length threshold, 257 to 65534 (default 2048)\n"
+    "  AllowVirtualDocReadOnly=1     refuse physical paths for read and meta\n"
+    "  AllowVirtualDocWriteOnly=1    refuse physical paths for write\n"
+    "  AllowVirtualFileListOnly=1    refuse physical paths for list\n"
+    "A path that holds \"\\\" or \":\" is physical; any other is virtual and is\n"
+    "mapped against --root.";
+
+// The values of one command line; an option left out stays empty here and
+// the operation's default applies.
+struct CommandLine {
+  std::string target;
+  std::optional<std::string> elementName, attributeName, attributeValue, contentType;
+  std::optional<std::string> spanFunction, stringFunction, separator;
+  std::optional<std::string> newContent, newContentFile;
+  std::optional<std::string> metaName, equals, pattern;
+  std::optional<int> startInstance, countInstances;
+  std::string root = "/";
+  bool noContext = false;
+  bool json = false;
+};
+
+void addText(CLI::App* command, const std::string& name, std::optional<std::string>& value,
+             const std::string& help) {
+  command->add_option(name, value, help);
+}
+
+void addCommon(CLI::App* command, CommandLine& line) {
+  command->add_option("--root", line.root, "site root of the page context")
+      ->capture_default_str();
+  command->add_flag("--no-context", line.noContext,
+                    "run without a page context: virtual paths are refused");
+  command->add_flag("--json", line.json, "print one JSON object instead of the bare text");
+}
+
+void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
+  addText(command, "--element-name", line.elementName,
+          "element name, or #element, #comment, #pi, #aspcode, #dtd (default #element)");
+  addText(command, "--attribute-name", line.attributeName, "attribute that must be present (default *)");
+  addText(command, "--attribute-value", line.attributeValue, "quoted value it must have (default *)");
+  command->add_option("--start-instance", line.startInstance, "first instance taken (default 1)")
+      ->check(CLI::Range(-32768, 32767));
+  command->add_option("--count-instances", line.countInstances,
+                      std::string("instances taken; below 1 means 32000 (default ") + defaultCount + ")")
+      ->check(CLI::Range(-32768, 32767));
+  addText(command, "--content-type", line.contentType,
+          "outerMarkup, innerMarkup or innerText (default innerMarkup)");
+  addText(command, "--span-function", line.spanFunction,
+          "first,second: the spans between two elements (default none)");
+  addText(command, "--separator", line.separator,
+          "text behind each result, trimmed (default the NUL character)");
+}
+
+std::int16_t numberOr(const std::optional<int>& value, int fallback) {
+  return static_cast<std::int16_t>(value.value_or(fallback));
+}
+
+std::string orDefault(const std::optional<std::string>& value, const char* fallback) {
+  return value ? *value : fallback;
+}
+
+// Encodes what is not valid UTF-8 as U+FFFD: JSON cannot carry raw bytes.
+std::string jsonText(const nlohmann::ordered_json& value) {
+  return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+int printTextResult(const std::string& result, int matches, bool json, std::ostream& out,
+                    std::ostream& err) {
+  if (json) {
+    nlohmann::ordered_json object;
+    object["result"] = result;
+    object["matchesFound"] = matches;
+    out << jsonText(object) << "\n";
+  } else {
+    out << result;
+    err << "matches: " << matches << "\n";
+  }
+  out.flush();
+  return matches == -1 ? 1 : 0;
+}
+
+std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
+                                          std::ostream& err) {
+  if (line.newContent) return line.newContent;
+  if (*line.newContentFile == "-") {
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+  std::ifstream file(*line.newContentFile, std::ios::binary);
+  if (!file) {
+    err << "tagwright: cannot read --new-content-file " << *line.newContentFile << "\n";
+    return std::nullopt;
+  }
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+}  // namespace
+
+int runHost(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
+            std::ostream& err, Platform* platform) {
+  CommandLine line;
+  CLI::App app{"tagwright: locate and rewrite parts of HTML, XML and server pages"};
+  app.footer(kSettingsHelp);
+  app.require_subcommand(1);
+
+  CLI::App* read = app.add_subcommand("read", "print the parts of a document that a query locates");
+  read->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  addLocate(read, line, "0");
+  addText(read, "--string-function", line.stringFunction,
+          "occurrence,search,offset,length: a piece of each part's plain text (default none)");
+  addCommon(read, line);
+
+  CLI::App* write = app.add_subcommand(
+      "write", "replace the located parts; the former document is kept as <name>.bak");
+  write->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  auto* content = write->add_option("--new-content", line.newContent, "the new content");
+  auto* contentFile = write->add_option("--new-content-file", line.newContentFile,
+                                        "read the new content from a file, byte for byte; - for stdin");
+  content->excludes(contentFile);
+  addLocate(write, line, "1");
+  addCommon(write, line);
+
+  CLI::App* meta = app.add_subcommand("meta", "print the name and content pairs of <meta> tags");
+  meta->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  addText(meta, "--meta-name", line.metaName, "names that end in this text (default *: all)");
+  meta->add_option("--start-instance", line.startInstance, "first tag taken (default 1)")
+      ->check(CLI::Range(-32768, 32767));
+  meta->add_option("--count-instances", line.countInstances,
+                   "tags taken; below 1 means 32000 (default 0)")
+      ->check(CLI::Range(-32768, 32767));
+  addText(meta, "--equals", line.equals, "text between name and content, trimmed (default $eq$)");
+  addText(meta, "--separator", line.separator, "text behind each pair, trimmed (default NUL)");
+  addCommon(meta, line);
+
+  CLI::App* list = app.add_subcommand("list", "print the names of a folder's files");
+  list->add_option("FOLDER", line.target, "the folder: a physical or virtual path")->required();
+  addText(list, "--pattern", line.pattern, "file name pattern with * and ? (default *.*)");
+  addText(list, "--separator", line.separator, "text behind each name (default <BR> CR LF)");
+  addCommon(list, line);
+
+  try {
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    app.parse(reversed);
+    if (write->parsed() && !line.newContent && !line.newContentFile) {
+      throw CLI::RequiredError("--new-content or --new-content-file");
+    }
+  } catch (const CLI::CallForHelp&) {
+    out << app.help();
+    return 0;
+  } catch (const CLI::CallForAllHelp&) {
+    out << app.help("", CLI::AppFormatMode::All);
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    const CLI::App* failed = app.get_subcommands().empty() ? &app : app.get_subcommands().front();
+    err << "tagwright: " << error.what() << "\n";
+    err << "Run 'tagwright " << (failed == &app ? "" : failed->get_name() + " ") << "--help'.\n";
+    return 2;
+  }
+
+  std::unique_ptr<Tagwright> instance;
+  try {
+    instance = platform != nullptr ? std::make_unique<Tagwright>(*platform)
+                                   : std::make_unique<Tagwright>();
+  } catch (const std::exception& error) {
+    err << "tagwright: cannot start: " << error.what() << "\n";
+    return 1;
+  }
+  if (!line.noContext) {
+    std::filesystem::path workingFolder = std::filesystem::current_path();
+    std::filesystem::path root = std::filesystem::absolute(line.root);
+    instance->OnStartPage(std::make_shared<SiteContext>(root.string(), workingFolder.string()));
+  }
+
+  int matches = 0;
+  if (read->parsed()) {
+    std::string result = instance->readXPointer(
+        line.target, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
+        orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
+        numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
+        orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
+        orDefault(line.separator, ""), &matches);
+    return printTextResult(result, matches, line.json, out, err);
+  }
+  if (meta->parsed()) {
+    std::string result = instance->readMetaContent(
+        line.target, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
+        numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
+        orDefault(line.separator, ""), &matches);
+    return printTextResult(result, matches, line.json, out, err);
+  }
+  if (list->parsed()) {
+    std::string result = instance->fileListing(line.target, orDefault(line.pattern, "*.*"),
+                                               orDefault(line.separator, ""), &matches);
+    return printTextResult(result, matches, line.json, out, err);
+  }
+  std::optional<std::string> newContent = readNewContent(line, in, err);
+  if (!newContent) return 2;
+  std::string errorResult;
+  int count = instance->writeXPointer(
+      *newContent, line.target, orDefault(line.elementName, "#element"),
+      orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
+      numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
+      orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
+      orDefault(line.separator, ""), &errorResult);
+  if (line.json) {
+    nlohmann::ordered_json object;
+    object["result"] = count;
+    object["errorResult"] = errorResult;
+    out << jsonText(object) << "\n";
+  } else {
+    out << errorResult;
+    err << "matches: " << count << "\n";
+  }
+  out.flush();
+  return count == -1 ? 1 : 0;
+}
+
+}  // namespace tagwright

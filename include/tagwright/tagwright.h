@@ -1,0 +1,122 @@
+// Tagwright locates parts of HTML, XML and server-page documents on disk and
+// returns or rewrites them.
+//
+//   tagwright::Tagwright tw;
+//   int found = 0;
+//   std::string text = tw.readXPointer("/srv/site/news.htm", "p", "class", "news",
+//                                      2, 1, "innerText", "", "", "", &found);
+//   // text: the plain text of the second <p class="news">; found: 1
+//
+// There is no parser and no tree: a document is pulled through in chunks of
+// whole lines, and every decision is a substring search on a lower-cased copy
+// of a chunk, with text cut from the chunk as read. Memory follows the chunk
+// length and the returned text, not the size of the document.
+//
+// Texts are UTF-8. Positions, counts and the limits count characters, and are
+// signed 16-bit values: a position beyond 32767 fails with "Overflow.".
+//
+// Failures never escape an operation: it returns a text that begins with
+// "ERROR: ", and the count (`MatchesFound`, or the result of writeXPointer)
+// is -1. A search that finds nothing is a success with the count 0.
+//
+// Thread contract: an instance is used by one thread, one call at a time.
+// Files are numbered per thread, so instances on different threads never
+// meet.
+#ifndef TAGWRIGHT_TAGWRIGHT_H_
+#define TAGWRIGHT_TAGWRIGHT_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace tagwright {
+
+class Platform;
+
+// The host's server object: maps a virtual path of the site to a physical
+// path ("\srv\site\a.htm"), or throws when it cannot.
+class PageServer {
+ public:
+  virtual ~PageServer() = default;
+  virtual std::string MapPath(const std::string& path) = 0;
+};
+
+// The page context that a host hands to an instance.
+class ScriptingContext {
+ public:
+  virtual ~ScriptingContext() = default;
+  virtual PageServer& Server() = 0;
+};
+
+class Tagwright {
+ public:
+  // Reads the administrator's settings (see --help of the host) through the
+  // system's platform.
+  Tagwright();
+  // The same on a given platform, which must outlive the instance.
+  explicit Tagwright(Platform& platform);
+
+  // Keeps the host's page context for virtual paths, replacing an earlier
+  // one. REQUIRES: objScriptingContext is not null (throws otherwise).
+  void OnStartPage(std::shared_ptr<ScriptingContext> objScriptingContext);
+
+  // Returns the parts of a document that a query locates, each followed by
+  // the separator, less the last character; `*MatchesFound` gets the count.
+  // ElementName is a name ("p") or "#element", "#comment", "#pi", "#aspcode"
+  // or "#dtd"; ContentType is "outerMarkup", "innerMarkup" or "innerText".
+  //   tagwright read page.htm --element-name p --separator ';'
+  std::string readXPointer(const std::string& DocumentName,
+                           const std::string& ElementName = "#element",
+                           const std::string& AttributeName = "*",
+                           const std::string& AttributeValue = "*", std::int16_t StartInstance = 1,
+                           std::int16_t CountInstances = 0,
+                           const std::string& ContentType = "innerMarkup",
+                           const std::string& SpanFunction = "",
+                           const std::string& StringFunction = "",
+                           const std::string& ResultSeparatorChars = "",
+                           int* MatchesFound = nullptr);
+
+  // Replaces the located parts with NewContent through a temporary file, and
+  // keeps the former document as "<name>.bak". Returns the count, or -1;
+  // `*ErrorResult` gets the former texts, or "ERROR: " and the message.
+  //   tagwright write page.htm --element-name p --new-content 'New'
+  int writeXPointer(const std::string& NewContent, const std::string& DocumentName,
+                    const std::string& ElementName = "#element",
+                    const std::string& AttributeName = "*",
+                    const std::string& AttributeValue = "*", std::int16_t StartInstance = 1,
+                    std::int16_t CountInstances = 1,
+                    const std::string& ContentType = "innermarkup",
+                    const std::string& SpanFunction = "",
+                    const std::string& ResultSeparatorChars = "",
+                    std::string* ErrorResult = nullptr);
+
+  // Returns the <meta name="..." content="..."> pairs as name, ResultEqualsChars, content.
+  //   tagwright meta page.htm --meta-name author
+  std::string readMetaContent(const std::string& DocumentName,
+                              const std::string& MetaNameValue = "*",
+                              std::int16_t StartInstance = 1, std::int16_t CountInstances = 0,
+                              const std::string& ResultEqualsChars = "$eq$",
+                              const std::string& ResultSeparatorChars = "",
+                              int* MatchesFound = nullptr);
+
+  // Returns the names of a folder's plain files that match FileSpecification.
+  //   tagwright list /images --pattern '*.png'
+  std::string fileListing(const std::string& FileListRoot,
+                          const std::string& FileSpecification = "*.*",
+                          const std::string& ListSeparator = "", int* MatchesFound = nullptr);
+
+ private:
+  friend class TagwrightTestAccess;
+
+  Platform& platform_;
+  std::int32_t bufferLength = 2048;
+  std::u32string resultSeparator;
+  bool allowPhysicalDocRead = true;
+  bool allowPhysicalDocWrite = true;
+  bool allowPhysicalFileList = true;
+  std::shared_ptr<ScriptingContext> ScriptingContext_;
+};
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_TAGWRIGHT_H_

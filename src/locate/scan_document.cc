@@ -1,0 +1,205 @@
+#include "locate/scan_document.h"
+
+#include <optional>
+
+#include "files/read_next_chunk.h"
+#include "locate/element_types.h"
+#include "locate/transforms/apply_span_function.h"
+#include "locate/transforms/apply_string_function.h"
+#include "locate/transforms/strip_markup.h"
+#include "rewrite/rewrite_transaction.h"
+
+namespace tagwright {
+namespace {
+
+// The values of one scan that its failure texts are made of.
+struct ScanState {
+  Text resultText;
+  Text closeMarker;
+  std::optional<RewriteTransaction> rewrite;
+};
+
+Text failureText(const Failure& failure, const ScanState& state) {
+  if (failure.kind() != Failure::Kind::kNumbered) {
+    return fromUtf8(failure.description()) + U".";
+  }
+  switch (failure.number()) {
+    case 60002:
+      return U"Cannot open output file to write new content.";
+    case 60003:
+      return U"Found '" + state.resultText + U"'" + U"--> Missing element end tag '" +
+             state.closeMarker + U"'.";
+    case 60010:
+      return U"Cannot delete old backup file' " + state.rewrite->backupName() + U"'.";
+    case 60011:
+      return U"Cannot rename existing file '" + state.rewrite->documentName() + U"'.";
+    case 60012:
+      return U"Cannot rename output file '" + state.rewrite->tempName() + U"'.";
+    default:
+      return fromUtf8(failure.description()) + U".";
+  }
+}
+
+class DocumentScan {
+ public:
+  DocumentScan(const CallContext& call, const Query& query, Int16 fileNumber, bool writeMode,
+               TextView newContent, ScanState& state)
+      : call_(call),
+        query_(query),
+        fileNumber_(fileNumber),
+        writeMode_(writeMode),
+        newContent_(newContent),
+        state_(state),
+        type_(elementTypeFor(query.ElementName)),
+        outerMarkup_(isOuterMarkup(query)),
+        innerText_(query.ContentType == U"innertext") {}
+
+  void run(Int16& matchesFound);
+
+ private:
+  // Reads the next chunk into chunkText_. A rewrite must not take a failed
+  // read for the end of the document, so in write mode it is the failure.
+  void nextChunk() {
+    std::optional<Failure> readFailure;
+    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunkText_,
+                  writeMode_ ? &readFailure : nullptr);
+    if (readFailure) throw *readFailure;
+  }
+
+  void takeInstance(Int16& contentStart, Int16& matchesFound);
+
+  const CallContext& call_;
+  const Query& query_;
+  const Int16 fileNumber_;
+  const bool writeMode_;
+  const TextView newContent_;
+  ScanState& state_;
+  const ElementType type_;
+  const bool outerMarkup_;
+  const bool innerText_;
+
+  Int16 startRemaining_;
+  Int16 countRemaining_;
+  Int16 copyFrom_;
+  Text chunkText_;
+  Text chunkLower_;
+  Text foundText_;
+  Text replacementText_;
+  Text outputText_;
+};
+
+void DocumentScan::run(Int16& matchesFound) {
+  matchesFound = 0;
+  startRemaining_ = query_.StartInstance;
+  countRemaining_ = query_.CountInstances;
+  if (writeMode_) {  // W1
+    state_.rewrite.emplace(call_.platform, query_.DocumentName);
+    state_.rewrite->begin();
+  }
+  nextChunk();
+  while (!chunkText_.empty() && countRemaining_ >= 1) {
+    outputText_.clear();
+    copyFrom_ = 1;
+    lowerInto(chunkText_, chunkLower_);
+    Int16 contentStart = search(chunkLower_, type_.openMarker, 1);
+    if (contentStart == 0) {
+      if (writeMode_) state_.rewrite->write(chunkText_);  // W2
+      nextChunk();
+      continue;
+    }
+    while (contentStart > 0 && countRemaining_ > 0) {
+      foundText_.clear();
+      bool isInstance = type_.matcher != nullptr &&
+                        type_.matcher(query_, chunkLower_, contentStart, state_.closeMarker);
+      if (isInstance) {
+        if (startRemaining_ > 0) startRemaining_ -= 1;
+        if (startRemaining_ == 0) takeInstance(contentStart, matchesFound);
+      }
+      // Two past, not one: what lies right behind an instance is not seen.
+      contentStart = search(chunkLower_, type_.openMarker, contentStart + 2);
+    }
+    if (writeMode_) {  // W7
+      outputText_.append(mid(chunkText_, copyFrom_));
+      state_.rewrite->write(outputText_);
+    }
+    nextChunk();
+  }
+  if (writeMode_) {  // W8: what is left goes out unsearched.
+    while (!chunkText_.empty()) {
+      state_.rewrite->write(chunkText_);
+      nextChunk();
+    }
+  }
+  call_.platform.closeFile(fileNumber_);
+  if (writeMode_) state_.rewrite->commit();  // W9
+}
+
+void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
+  if (writeMode_) {  // W3, before the close search may move on to another chunk.
+    outputText_.append(mid(chunkText_, copyFrom_, contentStart - copyFrom_));
+    copyFrom_ = contentStart;
+  }
+  const Text& closeMarker = state_.closeMarker;
+  Int16 closePos = search(chunkLower_, closeMarker, contentStart);
+  while (closePos == 0 && !chunkText_.empty()) {
+    foundText_.append(mid(chunkText_, contentStart));
+    contentStart = 1;
+    nextChunk();
+    lowerInto(chunkText_, chunkLower_);
+    closePos = search(chunkLower_, closeMarker, 1);
+  }
+  if (closePos == 0) throw Failure::numbered(60003);
+  if (outerMarkup_) closePos += lengthOf(closeMarker);
+
+  // An instance whose close marker stands right at contentStart has no
+  // content: no text, no separator, nothing replaced, and contentStart stays.
+  if (closePos > contentStart || !foundText_.empty()) {
+    if (writeMode_) copyFrom_ = closePos;  // W4
+    foundText_.append(mid(chunkText_, contentStart, closePos - contentStart));
+    if (writeMode_) replacementText_ = newContent_;  // W5
+    if (!query_.SpanFunction.empty()) {
+      foundText_ = applySpanFunction(matchesFound, query_.SpanFunction, foundText_,
+                                     query_.ContentType, newContent_, replacementText_, writeMode_,
+                                     call_.resultSeparator);
+    } else if (!query_.StringFunction.empty()) {
+      foundText_ = applyStringFunction(query_.StringFunction, foundText_);
+    }
+    if (innerText_) foundText_ = stripMarkup(foundText_);
+    if (trim(foundText_).empty()) foundText_.clear();
+    state_.resultText.append(foundText_);
+    // A span function puts a separator behind each span itself.
+    if (query_.SpanFunction.empty()) state_.resultText.append(call_.resultSeparator);
+    if (writeMode_) outputText_.append(replacementText_);  // W6
+    contentStart = closePos;
+  }
+  countRemaining_ -= 1;
+  if (query_.SpanFunction.empty()) matchesFound += 1;
+}
+
+}  // namespace
+
+Text scanDocument(const CallContext& call, Text& scanResult, const Query& query, Int16 fileNumber,
+                  bool writeMode, TextView NewContent, Int16& MatchesFound) {
+  scanResult.clear();
+  ScanState state;
+  try {
+    DocumentScan(call, query, fileNumber, writeMode, NewContent, state).run(MatchesFound);
+  } catch (const Failure& failure) {
+    call.platform.closeAllFiles();
+    Text text = failureText(failure, state);
+    if (state.rewrite) state.rewrite->abandon();  // W10
+    return text;
+  } catch (...) {
+    call.platform.closeAllFiles();
+    if (state.rewrite) state.rewrite->abandon();
+    throw;
+  }
+  // The last cut: one character, whatever the separator's length.
+  if (!state.resultText.empty()) {
+    state.resultText.pop_back();
+    scanResult = std::move(state.resultText);
+  }
+  return {};
+}
+
+}  // namespace tagwright

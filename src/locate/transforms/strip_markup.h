@@ -1,0 +1,18 @@
+#ifndef TAGWRIGHT_LOCATE_TRANSFORMS_STRIP_MARKUP_H_
+#define TAGWRIGHT_LOCATE_TRANSFORMS_STRIP_MARKUP_H_
+
+#include "platform/text.h"
+
+namespace tagwright {
+
+// The plain text of a stretch of markup: CR, LF and TAB removed, every tag
+// (from a "<" to the first ">" behind it) dropped, and the pieces between
+// tags trimmed and joined by one blank. Throws Failure(kInvalidArgument) for
+// a "<" behind a complete tag with no ">" after it (`<a>b<c`), and the
+// overflow for a "<" or ">" beyond position 32767.
+//   stripMarkup(U"Hello <b>World</b>!") == U"Hello World !"
+Text stripMarkup(TextView text);
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_LOCATE_TRANSFORMS_STRIP_MARKUP_H_

@@ -1,0 +1,45 @@
+#ifndef TAGWRIGHT_PLATFORM_LINE_READER_H_
+#define TAGWRIGHT_PLATFORM_LINE_READER_H_
+
+#include <cstddef>
+#include <string>
+
+#include "platform/text.h"
+
+namespace tagwright {
+
+// Where a LineReader gets its bytes from.
+class ByteSource {
+ public:
+  virtual ~ByteSource() = default;
+  // Reads up to `capacity` bytes into `buffer`; 0 means the end. Throws
+  // Failure when the read fails.
+  virtual std::size_t read(char* buffer, std::size_t capacity) = 0;
+};
+
+// Splits a byte stream into lines: a line end is CR or CR LF; a lone LF is
+// an ordinary character. Lines are decoded straight into the caller's text,
+// so that reading allocates nothing per line once the buffers are grown.
+class LineReader {
+ public:
+  explicit LineReader(ByteSource& source, std::size_t bufferSize = 64 * 1024);
+
+  // Appends the next line to `out`. REQUIRES: !endOfFile().
+  void readLine(Text& out);
+  // True when no byte is left, which may need a read to find out.
+  bool endOfFile();
+
+ private:
+  bool fill();
+
+  ByteSource& source_;
+  std::string buffer_;
+  std::size_t begin_ = 0;
+  std::size_t end_ = 0;
+  bool exhausted_ = false;
+  std::string partial_;  // a line that runs over the end of the buffer
+};
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_PLATFORM_LINE_READER_H_

@@ -1,0 +1,105 @@
+#ifndef TAGWRIGHT_PLATFORM_PLATFORM_H_
+#define TAGWRIGHT_PLATFORM_PLATFORM_H_
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/int16.h"
+#include "platform/text.h"
+
+namespace tagwright {
+
+// A local date and time, as the rewrite names its temporary files by it.
+struct LocalTime {
+  int month = 1;  // 1..12
+  int day = 1;    // 1..31
+  int hour = 0;   // 0..23
+  int minute = 0;
+  int second = 0;
+};
+
+// Pseudo-random values in [0, 1), from a generator seeded once.
+class RandomGenerator {
+ public:
+  virtual ~RandomGenerator() = default;
+  virtual double next() = 0;
+};
+
+// Everything the component asks of the operating system. Only the POSIX
+// implementation includes system headers; tests replace it with a fake that
+// keeps files in memory and can fail any call.
+//
+// Paths are physical paths in the component's own language ("\" separates
+// folders, "C:" stands for the host's root); the implementation maps them.
+// Every operation that can fail throws a Failure whose kind tells the cause.
+class Platform {
+ public:
+  virtual ~Platform() = default;
+
+  // Sequential text files by number. Numbers belong to the calling thread.
+  virtual Int16 nextFreeFileNumber() = 0;
+  virtual void openForInput(Int16 fileNumber, TextView path) = 0;
+  // Creates the file, or empties it if it exists.
+  virtual void openForOutput(Int16 fileNumber, TextView path) = 0;
+  // Appends the next line to `chunk` and moves past its line end. A line end
+  // is CR or CR LF and is not appended; a lone LF stays in the line.
+  // REQUIRES: !endOfFile(fileNumber).
+  virtual void readLine(Int16 fileNumber, Text& chunk) = 0;
+  // True when nothing is left to read: at once on an empty file, and right
+  // after the last line has been read, whether or not it had a line end.
+  virtual bool endOfFile(Int16 fileNumber) = 0;
+  // Writes `text` exactly, adding nothing.
+  virtual void writeText(Int16 fileNumber, TextView text) = 0;
+  // Makes what was written durable: flushed and synced to the disk.
+  virtual void syncFile(Int16 fileNumber) = 0;
+  // Closes the file and frees the number; a write that fails then throws.
+  virtual void closeFile(Int16 fileNumber) = 0;
+  // Closes every file of the calling thread, ignoring failures.
+  virtual void closeAllFiles() = 0;
+
+  // Names. A pattern's last component may hold "*" (any run of characters)
+  // and "?" (one character); "*.*" means every name. A search by a pattern
+  // with wildcards passes over hidden names (beginning with "."), a search by
+  // an exact name does not. Only plain files are ever seen, never folders.
+  virtual bool firstMatchingFile(TextView pattern) = 0;
+  // Deletes every file that matches; fails at the first one that cannot go.
+  virtual void deleteMatchingFiles(TextView pattern) = 0;
+  // Fails if `from` is missing or `to` exists.
+  virtual void renameFile(TextView from, TextView to) = 0;
+  // Renames `from` to `to`, replacing a file `to` in one step.
+  virtual void replaceFile(TextView from, TextView to) = 0;
+  // Gives the file `from` the second name `to`. Returns false, changing
+  // nothing, where the file system has no hard links; throws on other failures.
+  virtual bool linkFile(TextView from, TextView to) = 0;
+  // Makes the renames and links of the folder that holds `path` durable.
+  virtual void syncFolderOf(TextView path) = 0;
+  // Gives `to` the permission bits of `from`, and its owner and group where
+  // the process may set them.
+  virtual void copyAttributes(TextView from, TextView to) = 0;
+  // The physical path of the file that `path` names after following
+  // symbolic links, or `path` itself when it is no link.
+  virtual Text resolveLinks(TextView path) = 0;
+  // The names, without their folder, of the plain files that match
+  // `pattern`, in ascending order of their bytes. A folder that does not
+  // exist lists nothing; one that cannot be read throws.
+  virtual std::vector<Text> listMatchingFiles(TextView pattern) = 0;
+
+  // The local date and time now, less `daysAgo` days.
+  virtual LocalTime localTime(int daysAgo) = 0;
+  // A pseudo-random generator seeded from the system timer.
+  virtual std::unique_ptr<RandomGenerator> seededRandom() = 0;
+
+  // The whole text of the settings file, or nothing when it is missing or
+  // cannot be read.
+  virtual std::optional<std::string> readSettingsFile() = 0;
+};
+
+// The platform of this process: POSIX files, the system clock and the
+// settings file named by TAGWRIGHT_SETTINGS or /etc/tagwright/settings.conf.
+Platform& systemPlatform();
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_PLATFORM_PLATFORM_H_

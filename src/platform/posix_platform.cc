@@ -1,0 +1,305 @@
+// The only file of the component that talks to the operating system.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <map>
+#include <memory>
+#include <random>
+
+#include "platform/host_path.h"
+#include "platform/line_reader.h"
+#include "platform/platform.h"
+#include "platform/wildcard.h"
+
+namespace tagwright {
+namespace {
+
+constexpr int kLastFileNumber = 255;
+constexpr std::size_t kWriteBufferSize = 64 * 1024;
+
+[[noreturn]] void failWithErrno() { throw Failure::fromErrno(errno); }
+
+class FdSource : public ByteSource {
+ public:
+  explicit FdSource(int fd) : fd_(fd) {}
+  std::size_t read(char* buffer, std::size_t capacity) override {
+    for (;;) {
+      ssize_t n = ::read(fd_, buffer, capacity);
+      if (n >= 0) return static_cast<std::size_t>(n);
+      if (errno != EINTR) failWithErrno();
+    }
+  }
+
+ private:
+  int fd_;
+};
+
+void writeAll(int fd, const char* data, std::size_t size) {
+  while (size > 0) {
+    ssize_t n = ::write(fd, data, size);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      failWithErrno();
+    }
+    data += n;
+    size -= static_cast<std::size_t>(n);
+  }
+}
+
+struct OpenFile {
+  explicit OpenFile(int descriptor) : fd(descriptor), source(descriptor), reader(source) {}
+  ~OpenFile() {
+    if (fd >= 0) ::close(fd);
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+  void flush() {
+    writeAll(fd, pending.data(), pending.size());
+    pending.clear();
+  }
+
+  int fd;
+  bool forOutput = false;
+  FdSource source;
+  LineReader reader;
+  std::string pending;  // output not yet written
+};
+
+// File numbers are per thread: two pages on two threads never see each
+// other's files, and "close all" touches only the calling thread's.
+thread_local std::map<int, std::unique_ptr<OpenFile>> threadFiles;
+
+OpenFile& fileOf(Int16 fileNumber) {
+  auto it = threadFiles.find(fileNumber.value());
+  if (it == threadFiles.end()) throw Failure(Failure::Kind::kFileAccess);
+  return *it->second;
+}
+
+void openUnder(Int16 fileNumber, int fd, bool forOutput) {
+  auto file = std::make_unique<OpenFile>(fd);
+  file->forOutput = forOutput;
+  threadFiles[fileNumber.value()] = std::move(file);
+}
+
+// The folder and the last component of a host path.
+std::pair<std::string, std::string> splitHostPath(const std::string& path) {
+  std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return {".", path};
+  return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
+}
+
+bool isPlainFile(const std::string& path) {
+  struct stat st;
+  return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+}
+
+// The host paths of the plain files that match a pattern, ascending by bytes.
+std::vector<std::string> matchingHostPaths(TextView pattern, bool missingFolderIsEmpty) {
+  auto [folder, mask] = splitHostPath(hostPath(pattern));
+  std::string prefix = folder == "/" ? "/" : folder + "/";
+  std::vector<std::string> names;
+  if (!hasWildcard(mask)) {
+    if (!mask.empty() && isPlainFile(prefix + mask)) names.push_back(mask);
+  } else {
+    DIR* dir = ::opendir(folder.c_str());
+    if (dir == nullptr) {
+      if (missingFolderIsEmpty && (errno == ENOENT || errno == ENOTDIR)) return {};
+      failWithErrno();
+    }
+    while (dirent* entry = ::readdir(dir)) {
+      std::string name = entry->d_name;
+      if (name.empty() || name[0] == '.') continue;
+      if (matchesWildcard(mask, name) && isPlainFile(prefix + name)) names.push_back(name);
+    }
+    ::closedir(dir);
+    std::sort(names.begin(), names.end());
+  }
+  for (std::string& name : names) name = prefix + name;
+  return names;
+}
+
+class MinstdRandom : public RandomGenerator {
+ public:
+  explicit MinstdRandom(std::uint64_t seed) : engine_(static_cast<std::uint32_t>(seed)) {}
+  double next() override { return std::uniform_real_distribution<double>(0.0, 1.0)(engine_); }
+
+ private:
+  std::mt19937 engine_;
+};
+
+class PosixPlatform : public Platform {
+ public:
+  Int16 nextFreeFileNumber() override {
+    for (int n = 1; n <= kLastFileNumber; ++n) {
+      if (!threadFiles.contains(n)) return n;
+    }
+    throw Failure(Failure::Kind::kTooManyFiles);
+  }
+
+  void openForInput(Int16 fileNumber, TextView path) override {
+    std::string host = hostPath(path);
+    int fd = ::open(host.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) failWithErrno();
+    struct stat st;
+    if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
+      ::close(fd);
+      throw Failure(Failure::Kind::kFileAccess);
+    }
+    openUnder(fileNumber, fd, false);
+  }
+
+  void openForOutput(Int16 fileNumber, TextView path) override {
+    std::string host = hostPath(path);
+    int fd = ::open(host.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0) failWithErrno();
+    openUnder(fileNumber, fd, true);
+  }
+
+  void readLine(Int16 fileNumber, Text& chunk) override { fileOf(fileNumber).reader.readLine(chunk); }
+
+  bool endOfFile(Int16 fileNumber) override {
+    OpenFile& file = fileOf(fileNumber);
+    return file.forOutput || file.reader.endOfFile();
+  }
+
+  void writeText(Int16 fileNumber, TextView text) override {
+    OpenFile& file = fileOf(fileNumber);
+    appendEncoded(text, file.pending);
+    if (file.pending.size() >= kWriteBufferSize) file.flush();
+  }
+
+  void syncFile(Int16 fileNumber) override {
+    OpenFile& file = fileOf(fileNumber);
+    file.flush();
+    if (::fsync(file.fd) != 0) failWithErrno();
+  }
+
+  void closeFile(Int16 fileNumber) override {
+    auto it = threadFiles.find(fileNumber.value());
+    if (it == threadFiles.end()) return;
+    std::unique_ptr<OpenFile> file = std::move(it->second);
+    threadFiles.erase(it);
+    if (file->forOutput) file->flush();
+    int fd = file->fd;
+    file->fd = -1;
+    if (::close(fd) != 0) failWithErrno();
+  }
+
+  void closeAllFiles() override { threadFiles.clear(); }
+
+  bool firstMatchingFile(TextView pattern) override {
+    return !matchingHostPaths(pattern, true).empty();
+  }
+
+  void deleteMatchingFiles(TextView pattern) override {
+    for (const std::string& path : matchingHostPaths(pattern, true)) {
+      if (::unlink(path.c_str()) != 0 && errno != ENOENT) failWithErrno();
+    }
+  }
+
+  void renameFile(TextView from, TextView to) override {
+    std::string source = hostPath(from), target = hostPath(to);
+    if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
+      return;
+    }
+    if (errno != EINVAL && errno != ENOSYS) failWithErrno();
+    // A file system without RENAME_NOREPLACE: test, then rename.
+    struct stat st;
+    if (::lstat(target.c_str(), &st) == 0) throw Failure(Failure::Kind::kFileExists);
+    if (::rename(source.c_str(), target.c_str()) != 0) failWithErrno();
+  }
+
+  void replaceFile(TextView from, TextView to) override {
+    if (::rename(hostPath(from).c_str(), hostPath(to).c_str()) != 0) failWithErrno();
+  }
+
+  bool linkFile(TextView from, TextView to) override {
+    if (::link(hostPath(from).c_str(), hostPath(to).c_str()) == 0) return true;
+    if (errno == EPERM || errno == EOPNOTSUPP || errno == EXDEV || errno == EMLINK) return false;
+    failWithErrno();
+  }
+
+  void syncFolderOf(TextView path) override {
+    std::string folder = splitHostPath(hostPath(path)).first;
+    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) failWithErrno();
+    int result = ::fsync(fd);
+    int error = errno;
+    ::close(fd);
+    // Some file systems cannot sync a folder; that is no failure of ours.
+    if (result != 0 && error != EINVAL && error != EBADF) throw Failure::fromErrno(error);
+  }
+
+  void copyAttributes(TextView from, TextView to) override {
+    struct stat st;
+    std::string source = hostPath(from), target = hostPath(to);
+    if (::stat(source.c_str(), &st) != 0) failWithErrno();
+    if (::chmod(target.c_str(), st.st_mode & 07777) != 0) failWithErrno();
+    // Only a privileged process may give a file away; others keep their own.
+    if (::chown(target.c_str(), st.st_uid, st.st_gid) != 0 && errno != EPERM) failWithErrno();
+  }
+
+  Text resolveLinks(TextView path) override {
+    std::string host = hostPath(path);
+    struct stat st;
+    if (::lstat(host.c_str(), &st) != 0 || !S_ISLNK(st.st_mode)) return Text(path);
+    char resolved[PATH_MAX];
+    if (::realpath(host.c_str(), resolved) == nullptr) return Text(path);
+    return physicalPathOf(resolved);
+  }
+
+  std::vector<Text> listMatchingFiles(TextView pattern) override {
+    std::vector<Text> names;
+    for (const std::string& path : matchingHostPaths(pattern, true)) {
+      names.push_back(fromUtf8(splitHostPath(path).second));
+    }
+    return names;
+  }
+
+  LocalTime localTime(int daysAgo) override {
+    std::time_t now = std::time(nullptr) - static_cast<std::time_t>(daysAgo) * 24 * 60 * 60;
+    std::tm parts{};
+    ::localtime_r(&now, &parts);
+    return {parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
+  }
+
+  std::unique_ptr<RandomGenerator> seededRandom() override {
+    auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
+    return std::make_unique<MinstdRandom>(static_cast<std::uint64_t>(ticks));
+  }
+
+  std::optional<std::string> readSettingsFile() override {
+    const char* named = std::getenv("TAGWRIGHT_SETTINGS");
+    std::string path = named != nullptr ? named : "/etc/tagwright/settings.conf";
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) return std::nullopt;
+    std::string text;
+    char block[4096];
+    std::size_t n;
+    while ((n = std::fread(block, 1, sizeof block, file)) > 0) text.append(block, n);
+    bool failed = std::ferror(file) != 0;
+    std::fclose(file);
+    if (failed) return std::nullopt;
+    return text;
+  }
+};
+
+}  // namespace
+
+Platform& systemPlatform() {
+  // Stateless: the files it keeps are per thread, above.
+  static PosixPlatform platform;
+  return platform;
+}
+
+}  // namespace tagwright

@@ -1,0 +1,194 @@
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+
+namespace tagwright {
+namespace {
+
+struct LowerPair {
+  char32_t code;
+  char32_t lower;
+};
+
+constexpr LowerPair kLowerTable[] = {
+#include "lowercase_table.inc"
+};
+
+unsigned char byteAt(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
+
+bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
+
+// Decodes one well-formed sequence at `i`, or returns 0 when the bytes there
+// are not one (the caller then takes the lead byte as a raw byte).
+std::size_t decodeSequence(std::string_view s, std::size_t i, char32_t& out) {
+  unsigned char lead = byteAt(s, i);
+  std::size_t length;
+  char32_t code;
+  char32_t minimum;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    length = 2, code = lead & 0x1Fu, minimum = 0x80;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    length = 3, code = lead & 0x0Fu, minimum = 0x800;
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    length = 4, code = lead & 0x07u, minimum = 0x10000;
+  } else {
+    return 0;
+  }
+  if (i + length > s.size()) return 0;
+  for (std::size_t k = 1; k < length; ++k) {
+    unsigned char b = byteAt(s, i + k);
+    if (!isContinuation(b)) return 0;
+    code = (code << 6) | (b & 0x3Fu);
+  }
+  if (code < minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return 0;
+  out = code;
+  return length;
+}
+
+}  // namespace
+
+void appendDecoded(std::string_view utf8, Text& out) {
+  std::size_t i = 0;
+  const std::size_t n = utf8.size();
+  out.reserve(out.size() + n);
+  while (i < n) {
+    // ASCII runs are the common case: copy them eight bytes at a time.
+    while (i + 8 <= n) {
+      std::uint64_t word;
+      std::memcpy(&word, utf8.data() + i, 8);
+      if (word & 0x8080808080808080ull) break;
+      for (std::size_t k = 0; k < 8; ++k) out.push_back(byteAt(utf8, i + k));
+      i += 8;
+    }
+    if (i >= n) break;
+    unsigned char b = byteAt(utf8, i);
+    if (b < 0x80) {
+      out.push_back(b);
+      ++i;
+      continue;
+    }
+    char32_t code;
+    std::size_t length = decodeSequence(utf8, i, code);
+    if (length == 0) {
+      out.push_back(kRawByteBase + b);
+      ++i;
+    } else {
+      out.push_back(code);
+      i += length;
+    }
+  }
+}
+
+Text fromUtf8(std::string_view utf8) {
+  Text text;
+  appendDecoded(utf8, text);
+  return text;
+}
+
+void appendEncoded(TextView text, std::string& out) {
+  out.reserve(out.size() + text.size());
+  for (char32_t c : text) {
+    if (c < 0x80) {
+      out.push_back(static_cast<char>(c));
+    } else if (c < 0x800) {
+      out.push_back(static_cast<char>(0xC0 | (c >> 6)));
+      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    } else if (c < 0x10000) {
+      out.push_back(static_cast<char>(0xE0 | (c >> 12)));
+      out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    } else if (c < kRawByteBase) {
+      out.push_back(static_cast<char>(0xF0 | (c >> 18)));
+      out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
+      out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    } else {
+      out.push_back(static_cast<char>(c - kRawByteBase));
+    }
+  }
+}
+
+std::string toUtf8(TextView text) {
+  std::string out;
+  appendEncoded(text, out);
+  return out;
+}
+
+char32_t lowerChar(char32_t c) {
+  if (c < 0x80) return (c >= U'A' && c <= U'Z') ? c + 32 : c;
+  const LowerPair* end = std::end(kLowerTable);
+  const LowerPair* at = std::lower_bound(std::begin(kLowerTable), end, c,
+                                         [](const LowerPair& p, char32_t v) { return p.code < v; });
+  return (at != end && at->code == c) ? at->lower : c;
+}
+
+void lowerInto(TextView text, Text& out) {
+  out.resize(text.size());
+  char32_t* target = out.data();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t c = text[i];
+    if (c < 0x80) {
+      target[i] = c + ((c - U'A' < 26u) ? 32 : 0);
+    } else {
+      target[i] = lowerChar(c);
+    }
+  }
+}
+
+Text lower(TextView text) {
+  Text out;
+  lowerInto(text, out);
+  return out;
+}
+
+Int16 search(TextView text, TextView what, Int16 from) {
+  if (from.value() < 1) throw Failure::invalidArgument();
+  std::size_t start = from.index();
+  if (start >= text.size()) return 0;
+  std::size_t at;
+  if (what.size() == 1) {
+    const char32_t* begin = text.data() + start;
+    const char32_t* end = text.data() + text.size();
+    const char32_t* hit = std::find(begin, end, what[0]);
+    at = hit == end ? TextView::npos : static_cast<std::size_t>(hit - text.data());
+  } else {
+    at = text.find(what, start);
+  }
+  if (at == TextView::npos) return 0;
+  return Int16::fromSize(at + 1);
+}
+
+TextView left(TextView text, Int16 count) {
+  if (count.value() < 0) throw Failure::invalidArgument();
+  return text.substr(0, static_cast<std::size_t>(count.value()));
+}
+
+TextView right(TextView text, Int16 count) {
+  if (count.value() < 0) throw Failure::invalidArgument();
+  std::size_t n = std::min(text.size(), static_cast<std::size_t>(count.value()));
+  return text.substr(text.size() - n);
+}
+
+TextView mid(TextView text, Int16 start) {
+  if (start.value() < 1) throw Failure::invalidArgument();
+  if (start.index() >= text.size()) return {};
+  return text.substr(start.index());
+}
+
+TextView mid(TextView text, Int16 start, Int16 count) {
+  if (start.value() < 1 || count.value() < 0) throw Failure::invalidArgument();
+  if (start.index() >= text.size()) return {};
+  return text.substr(start.index(), static_cast<std::size_t>(count.value()));
+}
+
+TextView trim(TextView text) {
+  std::size_t first = text.find_first_not_of(kBlank);
+  if (first == TextView::npos) return {};
+  std::size_t last = text.find_last_not_of(kBlank);
+  return text.substr(first, last - first + 1);
+}
+
+}  // namespace tagwright

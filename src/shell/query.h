@@ -1,0 +1,36 @@
+#ifndef TAGWRIGHT_SHELL_QUERY_H_
+#define TAGWRIGHT_SHELL_QUERY_H_
+
+#include <cstdint>
+
+#include "platform/int16.h"
+#include "platform/platform.h"
+#include "platform/text.h"
+
+namespace tagwright {
+
+// A request to locate parts of a document, as the public operation and then
+// validateParameters leave it: trimmed, lower-cased where the rules say,
+// defaults filled in.
+struct Query {
+  Text DocumentName;
+  Text ElementName;
+  Text AttributeName;
+  Text AttributeValue;
+  Int16 StartInstance = 1;
+  Int16 CountInstances = 0;
+  Text ContentType;
+  Text SpanFunction;
+  Text StringFunction;
+};
+
+// What one call of a document operation takes from its instance.
+struct CallContext {
+  Platform& platform;
+  std::int32_t bufferLength;
+  TextView resultSeparator;
+};
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_SHELL_QUERY_H_

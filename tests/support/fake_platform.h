@@ -1,0 +1,95 @@
+#ifndef TAGWRIGHT_TESTS_SUPPORT_FAKE_PLATFORM_H_
+#define TAGWRIGHT_TESTS_SUPPORT_FAKE_PLATFORM_H_
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/line_reader.h"
+#include "platform/platform.h"
+
+namespace tagwright {
+
+// A platform that keeps its files in memory, by host path ("/web/a.htm" for
+// the physical "C:\web\a.htm"), logs every call by name, and can fail any
+// call: `failCall(n, kind)` makes the n-th call from now on throw that
+// failure (or, for linkFile, answer "no hard links" when kind is nullopt).
+class FakePlatform : public Platform {
+ public:
+  // Files, by host path. Folders exist implicitly where a file lies in them,
+  // or when added.
+  std::map<std::string, std::string> files;
+  std::set<std::string> folders;
+  std::set<std::string> unreadableFolders;
+  std::optional<std::string> settings;
+  LocalTime now{11, 19, 0, 43, 51};
+  std::vector<double> randomValues{0.4375};
+  bool hardLinks = true;
+  std::vector<std::string> calls;
+
+  void failCall(int n, Failure::Kind kind) {
+    failAt_ = static_cast<int>(calls.size()) + n;
+    failKind_ = kind;
+  }
+  void failNamedCall(const std::string& name, Failure::Kind kind, int occurrence = 1) {
+    failName_ = name;
+    failNameOccurrence_ = occurrence;
+    failKind_ = kind;
+  }
+  int openFileCount() const { return static_cast<int>(open_.size()); }
+
+  Int16 nextFreeFileNumber() override;
+  void openForInput(Int16 fileNumber, TextView path) override;
+  void openForOutput(Int16 fileNumber, TextView path) override;
+  void readLine(Int16 fileNumber, Text& chunk) override;
+  bool endOfFile(Int16 fileNumber) override;
+  void writeText(Int16 fileNumber, TextView text) override;
+  void syncFile(Int16 fileNumber) override;
+  void closeFile(Int16 fileNumber) override;
+  void closeAllFiles() override;
+  bool firstMatchingFile(TextView pattern) override;
+  void deleteMatchingFiles(TextView pattern) override;
+  void renameFile(TextView from, TextView to) override;
+  void replaceFile(TextView from, TextView to) override;
+  bool linkFile(TextView from, TextView to) override;
+  void syncFolderOf(TextView path) override;
+  void copyAttributes(TextView from, TextView to) override;
+  Text resolveLinks(TextView path) override;
+  std::vector<Text> listMatchingFiles(TextView pattern) override;
+  LocalTime localTime(int daysAgo) override;
+  std::unique_ptr<RandomGenerator> seededRandom() override;
+  std::optional<std::string> readSettingsFile() override;
+
+ private:
+  struct StringSource : ByteSource {
+    std::string bytes;
+    std::size_t at = 0;
+    FakePlatform* owner = nullptr;
+    std::size_t read(char* buffer, std::size_t capacity) override;
+  };
+  struct OpenFile {
+    std::string path;
+    bool forOutput = false;
+    std::string written;
+    std::unique_ptr<StringSource> source;
+    std::unique_ptr<LineReader> reader;
+  };
+
+  // Logs the call and throws when it is the one to fail.
+  void enter(const std::string& name);
+  std::vector<std::string> matching(TextView pattern) const;
+  OpenFile& fileOf(Int16 fileNumber);
+
+  std::map<int, OpenFile> open_;
+  int failAt_ = -1;
+  std::string failName_;
+  int failNameOccurrence_ = 0;
+  Failure::Kind failKind_ = Failure::Kind::kFileAccess;
+};
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_TESTS_SUPPORT_FAKE_PLATFORM_H_
