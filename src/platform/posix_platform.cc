@@ -165,7 +165,9 @@ class PosixPlatform : public Platform {
     openUnder(fileNumber, fd, true);
   }
 
-  void readLine(Int16 fileNumber, Text& chunk) override { fileOf(fileNumber).reader.readLine(chunk); }
+  void readLine(Int16 fileNumber, Text& chunk) override {
+    fileOf(fileNumber).reader.readLine(chunk);
+  }
 
   bool endOfFile(Int16 fileNumber) override {
     OpenFile& file = fileOf(fileNumber);
