@@ -4,6 +4,7 @@
 #include "files/open_document_file.h"
 #include "files/rename_file.h"
 #include "files/split_file_path.h"
+#include "platform/wildcard.h"
 #include "rewrite/rewrite_names.h"
 
 namespace tagwright {
@@ -66,8 +67,8 @@ void RewriteTransaction::commit() {
   ownsTempFile_ = false;
 
   // A rename is durable only once the folder is. The new document is in
-  // place already: a folder that cannot be synced fails nothing, and a power
-  // cut before it leaves the former document, whole, under its name.
+  // place already, so a folder that cannot be synced fails nothing: a power
+  // cut before the sync leaves the former or the new document, each whole.
   try {
     platform_.syncFolderOf(target_);
   } catch (const Failure&) {
@@ -86,8 +87,11 @@ bool RewriteTransaction::linkBackup() {
 // Stale files that cannot be removed do not fail a rewrite that is done.
 void RewriteTransaction::removeStaleFiles() noexcept {
   try {
-    Text cleanupPattern = folderPart_ + U"~" + monthDay(platform_.localTime(2)) + U"*.tmp";
-    deleteFile(platform_, cleanupPattern);
+    Text stalePattern = U"~" + monthDay(platform_.localTime(2)) + U"*.tmp";
+    // A document that is itself named like a stale file would go with them.
+    Text documentFile = target_.substr(target_.rfind(U'\\') + 1);
+    if (matchesWildcard(toUtf8(stalePattern), toUtf8(documentFile))) return;
+    deleteFile(platform_, folderPart_ + stalePattern);
   } catch (...) {
   }
 }

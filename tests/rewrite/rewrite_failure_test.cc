@@ -65,8 +65,8 @@ struct FailureCase {
   Disk disk;
 };
 
-std::function<void(FakePlatform&)> failing(const char* call, Failure::Kind kind,
-                                           int occurrence = 1, bool hardLinks = true) {
+std::function<void(FakePlatform&)> failing(const char* call, Failure::Kind kind, int occurrence = 1,
+                                           bool hardLinks = true) {
   return [=](FakePlatform& platform) {
     platform.hardLinks = hardLinks;
     platform.failNamedCall(call, kind, occurrence);
@@ -84,8 +84,7 @@ TEST(RewriteFailure, EachFailure) {
        Disk::kAsBefore},
       {"WriteFailsOnAFullDisk", failing("writeText", Kind::kDiskFull, 2), "Disk full.",
        Disk::kAsBefore},
-      {"SyncFailsOnAFullDisk", failing("syncFile", Kind::kDiskFull), "Disk full.",
-       Disk::kAsBefore},
+      {"SyncFailsOnAFullDisk", failing("syncFile", Kind::kDiskFull), "Disk full.", Disk::kAsBefore},
       {"CloseOfOutputFails", failing("closeFile", Kind::kDiskFull, 2), "Disk full.",
        Disk::kAsBefore},
       {"AttributesCannotBeCopied", failing("copyAttributes", Kind::kPermissionDenied),
