@@ -170,7 +170,18 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   addCommon(list, line);
 
   try {
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    // "--opt=" gives the option the empty text, as "--opt ''" does.
+    std::vector<std::string> reversed;
+    for (auto it = arguments.rbegin(); it != arguments.rend(); ++it) {
+      bool emptyValue = it->size() > 3 && it->starts_with("--") && it->back() == '=' &&
+                        it->find('=') == it->size() - 1;
+      if (emptyValue) {
+        reversed.emplace_back();
+        reversed.push_back(it->substr(0, it->size() - 1));
+      } else {
+        reversed.push_back(*it);
+      }
+    }
     app.parse(reversed);
     if (write->parsed() && !line.newContent && !line.newContentFile) {
       throw CLI::RequiredError("--new-content or --new-content-file");
