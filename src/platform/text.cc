@@ -80,16 +80,27 @@ std::size_t decodeSequence(std::string_view s, std::size_t i, char32_t& out) {
   return length;
 }
 
-// The character of `what` to scan for: one that is rare in markup where
-// there is one ("?" of "?>", "%" of "<%", "!" of "<!"), else the first.
-std::size_t anchorOf(TextView what) {
-  for (std::size_t k = 0; k < what.size(); ++k) {
-    char32_t c = what[k];
-    bool common = (c >= U'a' && c <= U'z') || c == U' ' || c == U'<' || c == U'>' ||
-                  c == U'/' || c == U'"' || c == U'=' || c == U'\r' || c == U'\n';
-    if (!common) return k;
+// How common a character is in markup and prose, lower being rarer: the
+// search scans for the rarest character of what it looks for ("v" of
+// "<div", "%" of "<%"), so that it stops at few false candidates.
+int commonness(char32_t c) {
+  // English letters by frequency, most common first.
+  static constexpr std::u32string_view kLetters = U"etaoinsrhldcumfpgwybvkxjqz";
+  if (c == U' ' || c == U'<' || c == U'>' || c == U'"' || c == U'=' || c == U'/' ||
+      c == U'\r' || c == U'\n') {
+    return 100;
   }
-  return 0;
+  if (c >= U'a' && c <= U'z') return 60 - static_cast<int>(kLetters.find(c));
+  if (c >= U'0' && c <= U'9') return 30;
+  return 10;
+}
+
+std::size_t anchorOf(TextView what) {
+  std::size_t best = 0;
+  for (std::size_t k = 1; k < what.size(); ++k) {
+    if (commonness(what[k]) < commonness(what[best])) best = k;
+  }
+  return best;
 }
 
 // The first occurrence of `c` in [begin, end), by the C library's vectorised
