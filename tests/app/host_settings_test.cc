@@ -2,12 +2,12 @@
 // the host reads the same store as the component, and a setting that the
 // component cannot be created from ends the program with status 1.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <sys/wait.h>
 #include <string>
 #include <vector>
 
@@ -37,9 +37,9 @@ TEST(HostSettings, HelpNamesTheFileAndTheSettings) {
   FakePlatform platform;
   HostRun run = runWith(platform, {"--help"});
   EXPECT_EQ(run.status, 0);
-  for (const char* word : {"TAGWRIGHT_SETTINGS", "/etc/tagwright/settings.conf",
-                           "BufferLengthCharacters", "AllowVirtualDocReadOnly",
-                           "AllowVirtualDocWriteOnly", "AllowVirtualFileListOnly"}) {
+  for (const char* word :
+       {"TAGWRIGHT_SETTINGS", "/etc/tagwright/settings.conf", "BufferLengthCharacters",
+        "AllowVirtualDocReadOnly", "AllowVirtualDocWriteOnly", "AllowVirtualFileListOnly"}) {
     SCOPED_TRACE(word);
     EXPECT_NE(run.out.find(word), std::string::npos);
   }
@@ -79,7 +79,8 @@ TEST(HostSettings, ProgramReadsTheFileNamedByTheEnvironment) {
   const std::string document = folder + "tagwright_settings_test.htm";
   std::ofstream(document, std::ios::binary) << "<%a%>\r\n";
   const std::string command = "TAGWRIGHT_SETTINGS='" + settings + "' '" + TAGWRIGHT_BINARY +
-                              "' read 'C:" + document + "' --element-name '#aspcode' >/dev/null 2>&1";
+                              "' read 'C:" + document +
+                              "' --element-name '#aspcode' >/dev/null 2>&1";
   const struct {
     const char* name;
     const char* settings;

@@ -85,11 +85,11 @@ TEST(ChunkLengthSetting, SameResultsWithoutChunkRules) {
 TEST(ChunkLengthSetting, MissingCloseMarkerFailsAlike) {
   const ManyLines doc;
   const std::string document = doc.document + "<%open\r\n";
-  const std::string want =
-      "ERROR: Found '" + doc.innerCode + ";'--> Missing element end tag '%>'.";
+  const std::string want = "ERROR: Found '" + doc.innerCode + ";'--> Missing element end tag '%>'.";
   for (int chunkLength : {257, 30000}) {
     SCOPED_TRACE(chunkLength);
-    ReadOutcome got = readWithChunkLength(document, request("#aspcode", "innerMarkup"), chunkLength);
+    ReadOutcome got =
+        readWithChunkLength(document, request("#aspcode", "innerMarkup"), chunkLength);
     EXPECT_EQ(got.text, want);
     EXPECT_EQ(got.matches, -1);
   }
@@ -123,13 +123,13 @@ TEST(ChunkLengthSetting, MarkerBeyond32767OfOneChunk) {
       {"BigChunkWithMarkerNearItsStart", longLines(40, 2), 30000, "x", 1},
       // A line is never split, so one line of 40000 characters is one chunk
       // at any length.
-      {"LongLineOverflowsAtAnyLength",
-       std::string(35000, 'a') + "<%x%>\r\n", 257, "ERROR: Overflow.", -1},
+      {"LongLineOverflowsAtAnyLength", std::string(35000, 'a') + "<%x%>\r\n", 257,
+       "ERROR: Overflow.", -1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    ReadOutcome got = readWithChunkLength(c.document, request("#aspcode", "innerMarkup"),
-                                          c.chunkLength);
+    ReadOutcome got =
+        readWithChunkLength(c.document, request("#aspcode", "innerMarkup"), c.chunkLength);
     EXPECT_EQ(got.text, c.want);
     EXPECT_EQ(got.matches, c.matches);
   }

@@ -84,9 +84,11 @@ TEST(TagwrightSettings, Flags) {
       {"ReadOnly", "AllowVirtualDocReadOnly=1\n", {false, true, true}},
       {"WriteOnly", "AllowVirtualDocWriteOnly=1\n", {true, false, true}},
       {"ListOnly", "AllowVirtualFileListOnly=1\n", {true, true, false}},
-      {"All", "AllowVirtualDocReadOnly=1\nAllowVirtualDocWriteOnly=1\nAllowVirtualFileListOnly=1\n",
+      {"All",
+       "AllowVirtualDocReadOnly=1\nAllowVirtualDocWriteOnly=1\nAllowVirtualFileListOnly=1\n",
        {false, false, false}},
-      {"CrLfLines", "AllowVirtualDocReadOnly=1\r\nAllowVirtualFileListOnly=1\r\n",
+      {"CrLfLines",
+       "AllowVirtualDocReadOnly=1\r\nAllowVirtualFileListOnly=1\r\n",
        {false, true, false}},
       {"NameInOtherCase", "ALLOWVIRTUALDOCWRITEONLY=1\n", {true, false, true}},
   };

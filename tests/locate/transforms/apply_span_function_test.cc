@@ -65,8 +65,8 @@ TEST(ApplySpanFunction, Spans) {
        "outermarkup", "<a>2</a> u <b>v</b>,", 1, "<a x=\"1\">1</a> t NEW"},
       {"SelfClosedSecondEndsTheOuterSpan", "<a>1</a><b x=\"1\"/>tail</b>", "a,b", "outermarkup",
        "<a>1</a><b x=\"1\"/>,", 1, "NEWtail</b>"},
-      {"FirstClosingTagOfSecondEndsTheOuterSpan", "<a>1</a><b><b>x</b></b>", "a,b",
-       "outermarkup", "<a>1</a><b><b>x</b>,", 1, std::nullopt},
+      {"FirstClosingTagOfSecondEndsTheOuterSpan", "<a>1</a><b><b>x</b></b>", "a,b", "outermarkup",
+       "<a>1</a><b><b>x</b>,", 1, std::nullopt},
       {"OuterWithoutClosingTag", "<a>1</a><b>2", "a,b", "outermarkup", "", 0, "<a>1</a><b>2"},
       {"InnerNothingBetween", "<a>1</a><b>", "a,b", "innermarkup", "", 0, "<a>1</a><b>"},
       {"InnerSelfClosedFirst", "<a x=\"1\"/><b>", "a,b", "innermarkup", "", 0, std::nullopt},
@@ -124,8 +124,9 @@ TEST(ApplySpanFunction, InvalidArgument) {
 // an instance without a span adds nothing, and "innertext" strips the whole
 // returned text.
 TEST(ApplySpanFunction, ThroughReadXPointer) {
-  const std::string document = "<%<H2>One</h2> text <h3>Two</h3>%>\r\n<%none%>\r\n"
-                               "<%<h2>a</h2>b<h3>c</h3><h2>d</h2>e<h3>%>\r\n";
+  const std::string document =
+      "<%<H2>One</h2> text <h3>Two</h3>%>\r\n<%none%>\r\n"
+      "<%<h2>a</h2>b<h3>c</h3><h2>d</h2>e<h3>%>\r\n";
   const struct {
     const char* name;
     const char* contentType;

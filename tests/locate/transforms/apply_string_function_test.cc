@@ -73,10 +73,10 @@ TEST(ApplyStringFunction, Fields) {
 
 TEST(ApplyStringFunction, FormatFailures) {
   const char* const functions[] = {
-      "1, ,0,3",     // a field of blanks is empty
+      "1, ,0,3",        // a field of blanks is empty
       "1,\"a,b\",0,3",  // the comma ends field 2 in spite of the quotes
-      ",e,0,2",      "1,e,0",      "1,e,0,",   "1,e,,2",     "1,e",     "x,e,0,2",
-      "-1,e,0,2",    "1,e,x,2",    "1,e,0,0",  "1,e,0,-2",   "1,e,0,2,3",
+      ",e,0,2",        "1,e,0",   "1,e,0,",  "1,e,,2",   "1,e",       "x,e,0,2",
+      "-1,e,0,2",      "1,e,x,2", "1,e,0,0", "1,e,0,-2", "1,e,0,2,3",
   };
   for (const char* function : functions) {
     SCOPED_TRACE(function);
