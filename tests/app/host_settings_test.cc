@@ -53,10 +53,8 @@ TEST(HostSettings, StoreDecidesTheRun) {
     std::string out;
     std::string errHolds;
   } cases[] = {
-      {"NoSettings", "", 0, "a", "matches: 1"},
       {"ReadFlagRefusesPhysicalPath", "AllowVirtualDocReadOnly=1\n", 1,
        "ERROR: The use of physical file paths is denied by the administrator.", "matches: -1"},
-      {"WriteFlagLeavesReading", "AllowVirtualDocWriteOnly=1\n", 0, "a", "matches: 1"},
       {"NumberBeyond32Bits", "BufferLengthCharacters=4294967296\n", 1, "",
        "BufferLengthCharacters"},
   };

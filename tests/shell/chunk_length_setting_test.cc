@@ -82,19 +82,6 @@ TEST(ChunkLengthSetting, SameResultsWithoutChunkRules) {
   EXPECT_EQ(all.matches, doc.codeCount);
 }
 
-TEST(ChunkLengthSetting, MissingCloseMarkerFailsAlike) {
-  const ManyLines doc;
-  const std::string document = doc.document + "<%open\r\n";
-  const std::string want = "ERROR: Found '" + doc.innerCode + ";'--> Missing element end tag '%>'.";
-  for (int chunkLength : {257, 30000}) {
-    SCOPED_TRACE(chunkLength);
-    ReadOutcome got =
-        readWithChunkLength(document, request("#aspcode", "innerMarkup"), chunkLength);
-    EXPECT_EQ(got.text, want);
-    EXPECT_EQ(got.matches, -1);
-  }
-}
-
 // `lines` lines of 1000 characters; `marked` of them (1-based) begin with
 // "<%x%>" instead.
 std::string longLines(int lines, int marked) {

@@ -87,10 +87,7 @@ TEST(TagwrightSettings, Flags) {
       {"All",
        "AllowVirtualDocReadOnly=1\nAllowVirtualDocWriteOnly=1\nAllowVirtualFileListOnly=1\n",
        {false, false, false}},
-      {"CrLfLines",
-       "AllowVirtualDocReadOnly=1\r\nAllowVirtualFileListOnly=1\r\n",
-       {false, true, false}},
-      {"NameInOtherCase", "ALLOWVIRTUALDOCWRITEONLY=1\n", {true, false, true}},
+      {"NameInOtherCase", "ALLOWVIRTUALDOCWRITEONLY=1\r\n", {true, false, true}},
   };
   for (const FlagCase& c : cases) {
     SCOPED_TRACE(c.name);
