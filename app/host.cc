@@ -48,8 +48,7 @@ void addText(CLI::App* command, const std::string& name, std::optional<std::stri
 }
 
 void addCommon(CLI::App* command, CommandLine& line) {
-  command->add_option("--root", line.root, "site root of the page context")
-      ->capture_default_str();
+  command->add_option("--root", line.root, "site root of the page context")->capture_default_str();
   command->add_flag("--no-context", line.noContext,
                     "run without a page context: virtual paths are refused");
   command->add_flag("--json", line.json, "print one JSON object instead of the bare text");
@@ -58,12 +57,16 @@ void addCommon(CLI::App* command, CommandLine& line) {
 void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
   addText(command, "--element-name", line.elementName,
           "element name, or #element, #comment, #pi, #aspcode, #dtd (default #element)");
-  addText(command, "--attribute-name", line.attributeName, "attribute that must be present (default *)");
-  addText(command, "--attribute-value", line.attributeValue, "quoted value it must have (default *)");
+  addText(command, "--attribute-name", line.attributeName,
+          "attribute that must be present (default *)");
+  addText(command, "--attribute-value", line.attributeValue,
+          "quoted value it must have (default *)");
   command->add_option("--start-instance", line.startInstance, "first instance taken (default 1)")
       ->check(CLI::Range(-32768, 32767));
-  command->add_option("--count-instances", line.countInstances,
-                      std::string("instances taken; below 1 means 32000 (default ") + defaultCount + ")")
+  command
+      ->add_option(
+          "--count-instances", line.countInstances,
+          std::string("instances taken; below 1 means 32000 (default ") + defaultCount + ")")
       ->check(CLI::Range(-32768, 32767));
   addText(command, "--content-type", line.contentType,
           "outerMarkup, innerMarkup or innerText (default innerMarkup)");
@@ -133,10 +136,12 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
 
   CLI::App* write = app.add_subcommand(
       "write", "replace the located parts; the former document is kept as <name>.bak");
-  write->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  write->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")
+      ->required();
   auto* content = write->add_option("--new-content", line.newContent, "the new content");
-  auto* contentFile = write->add_option("--new-content-file", line.newContentFile,
-                                        "read the new content from a file, byte for byte; - for stdin");
+  auto* contentFile =
+      write->add_option("--new-content-file", line.newContentFile,
+                        "read the new content from a file, byte for byte; - for stdin");
   content->excludes(contentFile);
   addLocate(write, line, "1");
   addCommon(write, line);

@@ -65,16 +65,13 @@ class Tagwright {
   // ElementName is a name ("p") or "#element", "#comment", "#pi", "#aspcode"
   // or "#dtd"; ContentType is "outerMarkup", "innerMarkup" or "innerText".
   //   tagwright read page.htm --element-name p --separator ';'
-  std::string readXPointer(const std::string& DocumentName,
-                           const std::string& ElementName = "#element",
-                           const std::string& AttributeName = "*",
-                           const std::string& AttributeValue = "*", std::int16_t StartInstance = 1,
-                           std::int16_t CountInstances = 0,
-                           const std::string& ContentType = "innerMarkup",
-                           const std::string& SpanFunction = "",
-                           const std::string& StringFunction = "",
-                           const std::string& ResultSeparatorChars = "",
-                           int* MatchesFound = nullptr);
+  std::string readXPointer(
+      const std::string& DocumentName, const std::string& ElementName = "#element",
+      const std::string& AttributeName = "*", const std::string& AttributeValue = "*",
+      std::int16_t StartInstance = 1, std::int16_t CountInstances = 0,
+      const std::string& ContentType = "innerMarkup", const std::string& SpanFunction = "",
+      const std::string& StringFunction = "", const std::string& ResultSeparatorChars = "",
+      int* MatchesFound = nullptr);
 
   // Replaces the located parts with NewContent through a temporary file, and
   // keeps the former document as "<name>.bak". Returns the count, or -1;
@@ -82,9 +79,8 @@ class Tagwright {
   //   tagwright write page.htm --element-name p --new-content 'New'
   int writeXPointer(const std::string& NewContent, const std::string& DocumentName,
                     const std::string& ElementName = "#element",
-                    const std::string& AttributeName = "*",
-                    const std::string& AttributeValue = "*", std::int16_t StartInstance = 1,
-                    std::int16_t CountInstances = 1,
+                    const std::string& AttributeName = "*", const std::string& AttributeValue = "*",
+                    std::int16_t StartInstance = 1, std::int16_t CountInstances = 1,
                     const std::string& ContentType = "innermarkup",
                     const std::string& SpanFunction = "",
                     const std::string& ResultSeparatorChars = "",

@@ -158,9 +158,9 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
     foundText_.append(mid(chunkText_, contentStart, closePos - contentStart));
     if (writeMode_) replacementText_ = newContent_;  // W5
     if (!query_.SpanFunction.empty()) {
-      foundText_ = applySpanFunction(matchesFound, query_.SpanFunction, foundText_,
-                                     query_.ContentType, newContent_, replacementText_, writeMode_,
-                                     call_.resultSeparator);
+      foundText_ =
+          applySpanFunction(matchesFound, query_.SpanFunction, foundText_, query_.ContentType,
+                            newContent_, replacementText_, writeMode_, call_.resultSeparator);
     } else if (!query_.StringFunction.empty()) {
       foundText_ = applyStringFunction(query_.StringFunction, foundText_);
     }

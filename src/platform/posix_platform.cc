@@ -98,9 +98,13 @@ std::pair<std::string, std::string> splitHostPath(const std::string& path) {
   return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
 }
 
+// True for a plain file. A name in a folder that cannot be searched is not
+// taken for a missing file: that folder cannot be read, which is a failure.
 bool isPlainFile(const std::string& path) {
   struct stat st;
-  return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+  if (::stat(path.c_str(), &st) == 0) return S_ISREG(st.st_mode);
+  if (errno == EACCES) failWithErrno();
+  return false;
 }
 
 // The host paths of the plain files that match a pattern, ascending by bytes.
@@ -116,12 +120,19 @@ std::vector<std::string> matchingHostPaths(TextView pattern, bool missingFolderI
       if (missingFolderIsEmpty && (errno == ENOENT || errno == ENOTDIR)) return {};
       failWithErrno();
     }
-    while (dirent* entry = ::readdir(dir)) {
+    std::unique_ptr<DIR, int (*)(DIR*)> closer(dir, ::closedir);
+    for (;;) {
+      errno = 0;
+      dirent* entry = ::readdir(dir);
+      if (entry == nullptr) {
+        // A folder that fails half-way must not look like a shorter one.
+        if (errno != 0) failWithErrno();
+        break;
+      }
       std::string name = entry->d_name;
       if (name.empty() || name[0] == '.') continue;
       if (matchesWildcard(mask, name) && isPlainFile(prefix + name)) names.push_back(name);
     }
-    ::closedir(dir);
     std::sort(names.begin(), names.end());
   }
   for (std::string& name : names) name = prefix + name;
@@ -165,7 +176,9 @@ class PosixPlatform : public Platform {
     openUnder(fileNumber, fd, true);
   }
 
-  void readLine(Int16 fileNumber, Text& chunk) override { fileOf(fileNumber).reader.readLine(chunk); }
+  void readLine(Int16 fileNumber, Text& chunk) override {
+    fileOf(fileNumber).reader.readLine(chunk);
+  }
 
   bool endOfFile(Int16 fileNumber) override {
     OpenFile& file = fileOf(fileNumber);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <cwchar>
 #include <iterator>
 
 namespace tagwright {
@@ -48,38 +49,87 @@ std::size_t decodeSequence(std::string_view s, std::size_t i, char32_t& out) {
   return length;
 }
 
+// The character of `what` to scan for: one that is rare in markup where
+// there is one ("?" of "?>", "%" of "<%", "!" of "<!"), else the first.
+std::size_t anchorOf(TextView what) {
+  for (std::size_t k = 0; k < what.size(); ++k) {
+    char32_t c = what[k];
+    bool common = (c >= U'a' && c <= U'z') || c == U' ' || c == U'<' || c == U'>' ||
+                  c == U'/' || c == U'"' || c == U'=' || c == U'\r' || c == U'\n';
+    if (!common) return k;
+  }
+  return 0;
+}
+
+// The first occurrence of `c` in [begin, end), by the C library's vectorised
+// wide-character search (wchar_t is the same 32-bit unit as char32_t here).
+const char32_t* findChar(const char32_t* begin, const char32_t* end, char32_t c) {
+  static_assert(sizeof(wchar_t) == sizeof(char32_t));
+  if (begin >= end) return nullptr;
+  const wchar_t* hit = std::wmemchr(reinterpret_cast<const wchar_t*>(begin),
+                                    static_cast<wchar_t>(c), static_cast<std::size_t>(end - begin));
+  return reinterpret_cast<const char32_t*>(hit);
+}
+
+std::size_t findFrom(TextView text, TextView what, std::size_t start) {
+  const std::size_t m = what.size();
+  if (m == 0) return start;
+  if (text.size() - start < m) return TextView::npos;
+  const std::size_t k = anchorOf(what);
+  const char32_t* first = text.data() + start;
+  // The last place where `what` can begin.
+  const char32_t* last = text.data() + (text.size() - m);
+  const char32_t* scan = first + k;
+  while (const char32_t* hit = findChar(scan, last + k + 1, what[k])) {
+    const char32_t* candidate = hit - k;
+    if (std::equal(what.begin(), what.end(), candidate)) {
+      return static_cast<std::size_t>(candidate - text.data());
+    }
+    scan = hit + 1;
+  }
+  return TextView::npos;
+}
+
 }  // namespace
 
 void appendDecoded(std::string_view utf8, Text& out) {
-  std::size_t i = 0;
+  // Every byte gives at most one character: size the text once, write through
+  // a pointer, and cut it back at the end.
+  const std::size_t base = out.size();
   const std::size_t n = utf8.size();
-  out.reserve(out.size() + n);
+  out.resize(base + n);
+  char32_t* target = out.data() + base;
+  const unsigned char* source = reinterpret_cast<const unsigned char*>(utf8.data());
+  std::size_t i = 0;
+  std::size_t written = 0;
   while (i < n) {
-    // ASCII runs are the common case: copy them eight bytes at a time.
+    // ASCII runs are the common case: widen them eight bytes at a time.
     while (i + 8 <= n) {
       std::uint64_t word;
-      std::memcpy(&word, utf8.data() + i, 8);
+      std::memcpy(&word, source + i, 8);
       if (word & 0x8080808080808080ull) break;
-      for (std::size_t k = 0; k < 8; ++k) out.push_back(byteAt(utf8, i + k));
+      for (std::size_t k = 0; k < 8; ++k) target[written + k] = source[i + k];
       i += 8;
+      written += 8;
     }
     if (i >= n) break;
-    unsigned char b = byteAt(utf8, i);
+    unsigned char b = source[i];
     if (b < 0x80) {
-      out.push_back(b);
+      target[written++] = b;
       ++i;
       continue;
     }
     char32_t code;
     std::size_t length = decodeSequence(utf8, i, code);
     if (length == 0) {
-      out.push_back(kRawByteBase + b);
+      target[written++] = kRawByteBase + b;
       ++i;
     } else {
-      out.push_back(code);
+      target[written++] = code;
       i += length;
     }
   }
+  out.resize(base + written);
 }
 
 Text fromUtf8(std::string_view utf8) {
@@ -128,13 +178,22 @@ char32_t lowerChar(char32_t c) {
 void lowerInto(TextView text, Text& out) {
   out.resize(text.size());
   char32_t* target = out.data();
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t c = text[i];
-    if (c < 0x80) {
-      target[i] = c + ((c - U'A' < 26u) ? 32 : 0);
-    } else {
-      target[i] = lowerChar(c);
+  const char32_t* source = text.data();
+  const std::size_t n = text.size();
+  // Most chunks are ASCII: find out in one pass that the compiler can
+  // vectorise, then lower-case with arithmetic alone.
+  char32_t any = 0;
+  for (std::size_t i = 0; i < n; ++i) any |= source[i];
+  if (any < 0x80) {
+    for (std::size_t i = 0; i < n; ++i) {
+      char32_t c = source[i];
+      target[i] = c + ((c - U'A' < 26u) ? 32u : 0u);
     }
+    return;
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    char32_t c = source[i];
+    target[i] = c < 0x80 ? c + ((c - U'A' < 26u) ? 32u : 0u) : lowerChar(c);
   }
 }
 
@@ -148,15 +207,7 @@ Int16 search(TextView text, TextView what, Int16 from) {
   if (from.value() < 1) throw Failure::invalidArgument();
   std::size_t start = from.index();
   if (start >= text.size()) return 0;
-  std::size_t at;
-  if (what.size() == 1) {
-    const char32_t* begin = text.data() + start;
-    const char32_t* end = text.data() + text.size();
-    const char32_t* hit = std::find(begin, end, what[0]);
-    at = hit == end ? TextView::npos : static_cast<std::size_t>(hit - text.data());
-  } else {
-    at = text.find(what, start);
-  }
+  std::size_t at = findFrom(text, what, start);
   if (at == TextView::npos) return 0;
   return Int16::fromSize(at + 1);
 }

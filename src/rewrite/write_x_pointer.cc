@@ -1,6 +1,5 @@
-#include "locate/scan_document.h"
+#include "shell/locate_request.h"
 #include "shell/normalize.h"
-#include "shell/validate_parameters.h"
 #include "tagwright/tagwright.h"
 
 namespace tagwright {
@@ -16,31 +15,20 @@ int Tagwright::writeXPointer(const std::string& NewContent, const std::string& D
   try {
     // NewContent goes in as given: neither trimmed nor lower-cased.
     Text newContent = fromUtf8(NewContent);
-    Query query;
-    query.DocumentName = trimmedParameter(DocumentName);
-    query.ElementName = loweredParameter(ElementName);
-    query.AttributeName = loweredParameter(AttributeName);
-    query.AttributeValue = loweredParameter(AttributeValue);
-    query.StartInstance = StartInstance;
-    query.CountInstances = CountInstances;
-    query.ContentType = loweredParameter(ContentType);
-    query.SpanFunction = loweredParameter(SpanFunction);
-    Int16 localMatches = 0;
+    Query query = normalizedQuery(DocumentName, ElementName, AttributeName, AttributeValue,
+                                  StartInstance, CountInstances, ContentType, SpanFunction, "");
     resultSeparator = trimmedParameter(ResultSeparatorChars);
-
-    Int16 fileNumber = 0;
-    Text message = validateParameters({platform_, ScriptingContext_.get(), allowPhysicalDocWrite},
-                                      query, resultSeparator, fileNumber);
+    Text scanResult;
+    Int16 localMatches = 0;
+    Text message =
+        locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite}, bufferLength,
+                      query, resultSeparator, true, newContent, scanResult, localMatches);
     if (message.empty()) {
-      Text scanResult;
-      message = scanDocument({platform_, bufferLength, resultSeparator}, scanResult, query,
-                             fileNumber, true, newContent, localMatches);
-      if (message.empty()) {
-        count = localMatches.value();
-        errorResult = toUtf8(scanResult);
-      }
+      count = localMatches.value();
+      errorResult = toUtf8(scanResult);
+    } else {
+      errorResult = "ERROR: " + toUtf8(message);
     }
-    if (!message.empty()) errorResult = "ERROR: " + toUtf8(message);
   } catch (...) {
     count = -1;
     errorResult = "ERROR: Unexpected error in writeXPointer.";

@@ -1,6 +1,5 @@
-#include "locate/scan_document.h"
+#include "shell/locate_request.h"
 #include "shell/normalize.h"
-#include "shell/validate_parameters.h"
 #include "tagwright/tagwright.h"
 
 namespace tagwright {
@@ -16,33 +15,21 @@ std::string Tagwright::readXPointer(const std::string& DocumentName,
   int matches = -1;
   std::string result;
   try {
-    Query query;
-    query.DocumentName = trimmedParameter(DocumentName);
-    query.ElementName = loweredParameter(ElementName);
-    query.AttributeName = loweredParameter(AttributeName);
-    query.AttributeValue = loweredParameter(AttributeValue);
-    query.StartInstance = StartInstance;
-    query.CountInstances = CountInstances;
-    query.ContentType = loweredParameter(ContentType);
-    query.SpanFunction = loweredParameter(SpanFunction);
-    // The case stays, so that a quoted search text is compared as written.
-    query.StringFunction = trimmedParameter(StringFunction);
-    Int16 localMatches = 0;
+    Query query =
+        normalizedQuery(DocumentName, ElementName, AttributeName, AttributeValue, StartInstance,
+                        CountInstances, ContentType, SpanFunction, StringFunction);
     resultSeparator = trimmedParameter(ResultSeparatorChars);
-
-    Int16 fileNumber = 0;
-    Text message = validateParameters({platform_, ScriptingContext_.get(), allowPhysicalDocRead},
-                                      query, resultSeparator, fileNumber);
+    Text scanResult;
+    Int16 localMatches = 0;
+    Text message =
+        locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocRead}, bufferLength,
+                      query, resultSeparator, false, {}, scanResult, localMatches);
     if (message.empty()) {
-      Text scanResult;
-      message = scanDocument({platform_, bufferLength, resultSeparator}, scanResult, query,
-                             fileNumber, false, {}, localMatches);
-      if (message.empty()) {
-        matches = localMatches.value();
-        result = toUtf8(scanResult);
-      }
+      matches = localMatches.value();
+      result = toUtf8(scanResult);
+    } else {
+      result = "ERROR: " + toUtf8(message);
     }
-    if (!message.empty()) result = "ERROR: " + toUtf8(message);
   } catch (...) {
     matches = -1;
     result = "ERROR: Unexpected error in readXPointer.";

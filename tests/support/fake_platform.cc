@@ -188,7 +188,8 @@ std::vector<Text> FakePlatform::listMatchingFiles(TextView pattern) {
   auto [folder, mask] = splitPath(hostPath(pattern));
   if (unreadableFolders.contains(folder)) throw Failure(Failure::Kind::kPermissionDenied);
   std::vector<Text> names;
-  for (const std::string& path : matching(pattern)) names.push_back(fromUtf8(splitPath(path).second));
+  for (const std::string& path : matching(pattern))
+    names.push_back(fromUtf8(splitPath(path).second));
   return names;
 }
 

@@ -25,6 +25,13 @@ class TagwrightTestAccess {
   static bool allowPhysicalFileList(const Tagwright& instance) {
     return instance.allowPhysicalFileList;
   }
+  // What the administrator's settings would refuse, without a settings file.
+  static void setAllowPhysicalDocRead(Tagwright& instance, bool allow) {
+    instance.allowPhysicalDocRead = allow;
+  }
+  static void setAllowPhysicalFileList(Tagwright& instance, bool allow) {
+    instance.allowPhysicalFileList = allow;
+  }
 };
 
 }  // namespace tagwright

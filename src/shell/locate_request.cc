@@ -1,0 +1,17 @@
+#include "shell/locate_request.h"
+
+#include "locate/scan_document.h"
+
+namespace tagwright {
+
+Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength, Query& query,
+                   Text& resultSeparator, bool writeMode, TextView NewContent, Text& scanResult,
+                   Int16& matches) {
+  Int16 fileNumber = 0;
+  Text message = validateParameters(validation, query, resultSeparator, fileNumber);
+  if (!message.empty()) return message;
+  return scanDocument({validation.platform, bufferLength, resultSeparator}, scanResult, query,
+                      fileNumber, writeMode, NewContent, matches);
+}
+
+}  // namespace tagwright

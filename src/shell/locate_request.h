@@ -1,0 +1,18 @@
+#ifndef TAGWRIGHT_SHELL_LOCATE_REQUEST_H_
+#define TAGWRIGHT_SHELL_LOCATE_REQUEST_H_
+
+#include "shell/query.h"
+#include "shell/validate_parameters.h"
+
+namespace tagwright {
+
+// The common road of readXPointer and writeXPointer: validateParameters,
+// then scanDocument on the document it opened. Returns the empty text on
+// success, with `scanResult` and `matches` set; else the failure's message.
+Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength, Query& query,
+                   Text& resultSeparator, bool writeMode, TextView NewContent, Text& scanResult,
+                   Int16& matches);
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_SHELL_LOCATE_REQUEST_H_
