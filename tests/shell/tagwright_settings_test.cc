@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/fake_context.h"
 #include "support/fake_platform.h"
 #include "support/tagwright_test_access.h"
 #include "tagwright/tagwright.h"
@@ -116,52 +117,77 @@ TEST(TagwrightSettings, OnlyExactlyOneChangesAFlag) {
   }
 }
 
-// Maps every virtual path onto the one test document.
-class DocumentContext : public ScriptingContext, public PageServer {
- public:
-  PageServer& Server() override { return *this; }
-  std::string MapPath(const std::string&) override { return "C:\\doc.htm"; }
+struct Call {
+  std::string text;
+  int count = 0;
 };
 
+// Each operation on a physical and on a virtual path to one document, whose
+// folder is also listed.
 struct Outcome {
-  std::string readPhysical;
-  int readMatches = 0;
-  std::string readVirtual;
-  std::string writePhysical;
-  int writeCount = 0;
+  Call read, readVirtual, meta, metaVirtual, list, listVirtual, write;
 };
 
 Outcome runOperations(const std::string& store) {
   FakePlatform platform;
   platform.settings = store;
-  platform.files["/doc.htm"] = "<%a%>\r\n";
+  platform.files["/site/doc.htm"] = "<meta name=\"a\" content=\"b\"><%c%>\r\n";
   Tagwright instance(platform);
-  instance.OnStartPage(std::make_shared<DocumentContext>());
-  Outcome outcome;
-  outcome.readPhysical = instance.readXPointer("C:\\doc.htm", "#aspcode", "*", "*", 1, 0,
-                                               "innerMarkup", "", "", ";", &outcome.readMatches);
-  outcome.readVirtual = instance.readXPointer("doc.htm", "#aspcode");
-  outcome.writeCount = instance.writeXPointer("b", "C:\\doc.htm", "#aspcode", "*", "*", 1, 1,
-                                              "innermarkup", "", ";", &outcome.writePhysical);
-  return outcome;
+  instance.OnStartPage(FakeContext::underSite());
+  const std::string physical = "C:\\site\\doc.htm";
+  Outcome o;
+  o.read.text = instance.readXPointer(physical, "#aspcode", "*", "*", 1, 0, "innerMarkup", "", "",
+                                      "", &o.read.count);
+  o.readVirtual.text = instance.readXPointer("/doc.htm", "#aspcode", "*", "*", 1, 0, "innerMarkup",
+                                             "", "", "", &o.readVirtual.count);
+  o.meta.text = instance.readMetaContent(physical, "*", 1, 0, "=", ";", &o.meta.count);
+  o.metaVirtual.text =
+      instance.readMetaContent("/doc.htm", "*", 1, 0, "=", ";", &o.metaVirtual.count);
+  o.list.text = instance.fileListing("C:\\site", "*.*", ";", &o.list.count);
+  o.listVirtual.text = instance.fileListing("/", "*.*", ";", &o.listVirtual.count);
+  o.write.count = instance.writeXPointer("d", physical, "#aspcode", "*", "*", 1, 1, "innermarkup",
+                                         "", ";", &o.write.text);
+  return o;
+}
+
+void expectServed(const Call& call, const std::string& text) {
+  EXPECT_EQ(call.text, text);
+  EXPECT_EQ(call.count, 1);
+}
+
+void expectDenied(const Call& call) {
+  EXPECT_EQ(call.text, kDenied);
+  EXPECT_EQ(call.count, -1);
 }
 
 TEST(TagwrightSettings, EachFlagActsOnItsOwnOperation) {
-  Outcome readOnly = runOperations("AllowVirtualDocReadOnly=1\n");
-  EXPECT_EQ(readOnly.readPhysical, kDenied);
-  EXPECT_EQ(readOnly.readMatches, -1);
-  EXPECT_EQ(readOnly.readVirtual, "a");
-  EXPECT_NE(readOnly.writePhysical, kDenied);
-
-  Outcome writeOnly = runOperations("AllowVirtualDocWriteOnly=1\n");
-  EXPECT_EQ(writeOnly.readPhysical, "a");
-  EXPECT_EQ(writeOnly.readMatches, 1);
-  EXPECT_EQ(writeOnly.writePhysical, kDenied);
-  EXPECT_EQ(writeOnly.writeCount, -1);
-
-  Outcome listOnly = runOperations("AllowVirtualFileListOnly=1\n");
-  EXPECT_EQ(listOnly.readPhysical, "a");
-  EXPECT_NE(listOnly.writePhysical, kDenied);
+  {
+    SCOPED_TRACE("AllowVirtualDocReadOnly");
+    Outcome o = runOperations("AllowVirtualDocReadOnly=1\n");
+    expectDenied(o.read);
+    expectDenied(o.meta);
+    expectServed(o.readVirtual, "c");
+    expectServed(o.metaVirtual, "a=b");
+    expectServed(o.list, "doc.htm");
+    EXPECT_NE(o.write.text, kDenied);
+  }
+  {
+    SCOPED_TRACE("AllowVirtualDocWriteOnly");
+    Outcome o = runOperations("AllowVirtualDocWriteOnly=1\n");
+    expectServed(o.read, "c");
+    expectServed(o.meta, "a=b");
+    expectServed(o.list, "doc.htm");
+    expectDenied(o.write);
+  }
+  {
+    SCOPED_TRACE("AllowVirtualFileListOnly");
+    Outcome o = runOperations("AllowVirtualFileListOnly=1\n");
+    expectServed(o.read, "c");
+    expectServed(o.meta, "a=b");
+    expectDenied(o.list);
+    expectServed(o.listVirtual, "doc.htm");
+    EXPECT_NE(o.write.text, kDenied);
+  }
 }
 
 }  // namespace
