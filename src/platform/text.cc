@@ -18,6 +18,37 @@ constexpr LowerPair kLowerTable[] = {
 #include "lowercase_table.inc"
 };
 
+// The plain loops below are what the compiler vectorises; on x86-64 they are
+// built twice, for AVX2 and for the baseline, and picked when loaded.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+#define TAGWRIGHT_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define TAGWRIGHT_VECTOR_CLONES
+#endif
+
+TAGWRIGHT_VECTOR_CLONES bool isAscii(const unsigned char* bytes, std::size_t n) {
+  unsigned char any = 0;
+  for (std::size_t i = 0; i < n; ++i) any |= bytes[i];
+  return any < 0x80;
+}
+
+TAGWRIGHT_VECTOR_CLONES void widen(const unsigned char* bytes, std::size_t n, char32_t* target) {
+  for (std::size_t i = 0; i < n; ++i) target[i] = bytes[i];
+}
+
+TAGWRIGHT_VECTOR_CLONES bool isAsciiText(const char32_t* text, std::size_t n) {
+  char32_t any = 0;
+  for (std::size_t i = 0; i < n; ++i) any |= text[i];
+  return any < 0x80;
+}
+
+TAGWRIGHT_VECTOR_CLONES void lowerAscii(const char32_t* text, std::size_t n, char32_t* target) {
+  for (std::size_t i = 0; i < n; ++i) {
+    char32_t c = text[i];
+    target[i] = c + ((c - U'A' < 26u) ? 32u : 0u);
+  }
+}
+
 unsigned char byteAt(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
 
 bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
@@ -100,6 +131,10 @@ void appendDecoded(std::string_view utf8, Text& out) {
   out.resize(base + n);
   char32_t* target = out.data() + base;
   const unsigned char* source = reinterpret_cast<const unsigned char*>(utf8.data());
+  if (isAscii(source, n)) {
+    widen(source, n, target);
+    return;
+  }
   std::size_t i = 0;
   std::size_t written = 0;
   while (i < n) {
@@ -180,15 +215,9 @@ void lowerInto(TextView text, Text& out) {
   char32_t* target = out.data();
   const char32_t* source = text.data();
   const std::size_t n = text.size();
-  // Most chunks are ASCII: find out in one pass that the compiler can
-  // vectorise, then lower-case with arithmetic alone.
-  char32_t any = 0;
-  for (std::size_t i = 0; i < n; ++i) any |= source[i];
-  if (any < 0x80) {
-    for (std::size_t i = 0; i < n; ++i) {
-      char32_t c = source[i];
-      target[i] = c + ((c - U'A' < 26u) ? 32u : 0u);
-    }
+  // Most chunks are ASCII: lower-case those with arithmetic alone.
+  if (isAsciiText(source, n)) {
+    lowerAscii(source, n, target);
     return;
   }
   for (std::size_t i = 0; i < n; ++i) {
