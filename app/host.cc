@@ -107,15 +107,20 @@ int printTextResult(const std::string& result, int matches, bool json, std::ostr
 std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
                                           std::ostream& err) {
   if (line.newContent) return line.newContent;
-  if (*line.newContentFile == "-") {
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  // A read that fails (a folder given as the file) throws from inside the
+  // stream buffer; it must stop the write, never pass for empty content.
+  try {
+    if (*line.newContentFile == "-") {
+      return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    std::ifstream file(*line.newContentFile, std::ios::binary);
+    if (file) {
+      return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+  } catch (const std::exception&) {
   }
-  std::ifstream file(*line.newContentFile, std::ios::binary);
-  if (!file) {
-    err << "tagwright: cannot read --new-content-file " << *line.newContentFile << "\n";
-    return std::nullopt;
-  }
-  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  err << "tagwright: cannot read --new-content-file " << *line.newContentFile << "\n";
+  return std::nullopt;
 }
 
 }  // namespace
