@@ -1,6 +1,7 @@
 // BufferLengthCharacters changes how a document is cut into chunks and
 // nothing of the results, except where a rule depends on the chunk: a marker
-// beyond position 32767 of one chunk is the overflow.
+// beyond position 32767 of one chunk is the overflow, and a tag whose ">"
+// lies in the next chunk is no instance.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -120,6 +121,20 @@ TEST(ChunkLengthSetting, MarkerBeyond32767OfOneChunk) {
     EXPECT_EQ(got.text, c.want);
     EXPECT_EQ(got.matches, c.matches);
   }
+}
+
+// A matcher sees one chunk: at 257 the first chunk ends with five lines
+// added behind the long first one, the last of them a tag without its ">".
+TEST(ChunkLengthSetting, TagEndInTheNextChunk) {
+  const std::string document =
+      std::string(300, 'a') + "\r\nb\r\nb\r\nb\r\nb\r\n" + "<p class=\"x\"\r\n>text</p>\r\n";
+  ReadRequest p = request("p", "innerMarkup");
+  ReadOutcome small = readWithChunkLength(document, p, 257);
+  EXPECT_EQ(small.text, "");
+  EXPECT_EQ(small.matches, 0);
+  ReadOutcome large = readWithChunkLength(document, p, 30000);
+  EXPECT_EQ(large.text, "text");
+  EXPECT_EQ(large.matches, 1);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // applySpanFunction: finding the two elements, the outer and inner spans,
 // overlapping spans, the count, the replacement text of write mode and its
-// overlap failure, and the spans through readXPointer.
+// overlap failure, and the spans through readXPointer and writeXPointer.
 #include "locate/transforms/apply_span_function.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "rewrite/write_request.h"
 #include "support/read_request.h"
 
 namespace tagwright {
@@ -155,6 +156,48 @@ TEST(ApplySpanFunction, ThroughReadXPointer) {
     ReadOutcome got = readDocument(document, request);
     EXPECT_EQ(got.text, c.want);
     EXPECT_EQ(got.matches, c.matches);
+  }
+}
+
+// Through the rewrite: each span gives way to the new content, and an
+// overlap fails the rewrite and leaves the document as it was.
+TEST(ApplySpanFunction, ThroughWriteXPointer) {
+  const std::string example = std::string("<div>") + kExample + "</div>\r\n";
+  const std::string overlapping = "<div><p>1</p><p>2</p><p>3</p></div>\r\n";
+  const struct {
+    const char* name;
+    std::string document;
+    const char* spanFunction;
+    const char* contentType;
+    int result;
+    std::string errorResult;
+    std::string newDocument;
+  } cases[] = {
+      {"Inner", example, "h2,h3", "innerMarkup", 1, " text ",
+       "<div><H2>One</h2>NEW<h3>Two</h3><p>x</p></div>\r\n"},
+      {"Outer", example, "h2,h3", "outerMarkup", 1, "<H2>One</h2> text <h3>Two</h3>",
+       "<div>NEW<p>x</p></div>\r\n"},
+      {"NoSpanKeepsTheStretch", example, "h4,h3", "innerMarkup", 0, "", example},
+      {"OverlapFails", overlapping, "p,p", "outerMarkup", -1,
+       "ERROR: Invalid procedure call or argument.", overlapping},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    FakePlatform platform;
+    platform.files[kDocument] = c.document;
+    WriteRequest request;
+    request.element = "div";
+    request.spanFunction = c.spanFunction;
+    request.contentType = c.contentType;
+    request.separator = ";";
+    WriteOutcome got = writeDocument(platform, request);
+    EXPECT_EQ(got.result, c.result);
+    EXPECT_EQ(got.errorResult, c.errorResult);
+    EXPECT_EQ(platform.files[kDocument], c.newDocument);
+    EXPECT_TRUE(tempFiles(platform).empty());
+    if (c.result == -1) {
+      EXPECT_EQ(platform.files.count(kBackup), 0u);
+    }
   }
 }
 
