@@ -49,6 +49,22 @@ TAGWRIGHT_VECTOR_CLONES void lowerAscii(const char32_t* text, std::size_t n, cha
   }
 }
 
+// Lower-cases the characters outside ASCII that lowerAscii left as they were,
+// looking at them block by block so that ASCII blocks cost one vector test.
+TAGWRIGHT_VECTOR_CLONES void lowerBeyondAscii(char32_t* text, std::size_t n,
+                                              char32_t (*lowerOne)(char32_t)) {
+  constexpr std::size_t kBlock = 32;
+  for (std::size_t start = 0; start < n; start += kBlock) {
+    std::size_t end = std::min(n, start + kBlock);
+    char32_t any = 0;
+    for (std::size_t i = start; i < end; ++i) any |= text[i];
+    if (any < 0x80) continue;
+    for (std::size_t i = start; i < end; ++i) {
+      if (text[i] >= 0x80) text[i] = lowerOne(text[i]);
+    }
+  }
+}
+
 unsigned char byteAt(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
 
 bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
@@ -223,18 +239,10 @@ char32_t lowerChar(char32_t c) {
 
 void lowerInto(TextView text, Text& out) {
   out.resize(text.size());
-  char32_t* target = out.data();
-  const char32_t* source = text.data();
-  const std::size_t n = text.size();
-  // Most chunks are ASCII: lower-case those with arithmetic alone.
-  if (isAsciiText(source, n)) {
-    lowerAscii(source, n, target);
-    return;
-  }
-  for (std::size_t i = 0; i < n; ++i) {
-    char32_t c = source[i];
-    target[i] = c < 0x80 ? c + ((c - U'A' < 26u) ? 32u : 0u) : lowerChar(c);
-  }
+  // Arithmetic lower-cases ASCII and leaves every other character as it is;
+  // the few characters beyond ASCII are then mapped by the table.
+  lowerAscii(text.data(), text.size(), out.data());
+  if (!isAsciiText(text.data(), text.size())) lowerBeyondAscii(out.data(), out.size(), lowerChar);
 }
 
 Text lower(TextView text) {
