@@ -36,6 +36,10 @@ TAGWRIGHT_VECTOR_CLONES void widen(const unsigned char* bytes, std::size_t n, ch
   for (std::size_t i = 0; i < n; ++i) target[i] = bytes[i];
 }
 
+TAGWRIGHT_VECTOR_CLONES void narrow(const char32_t* text, std::size_t n, unsigned char* target) {
+  for (std::size_t i = 0; i < n; ++i) target[i] = static_cast<unsigned char>(text[i]);
+}
+
 TAGWRIGHT_VECTOR_CLONES bool isAsciiText(const char32_t* text, std::size_t n) {
   char32_t any = 0;
   for (std::size_t i = 0; i < n; ++i) any |= text[i];
@@ -201,26 +205,36 @@ Text fromUtf8(std::string_view utf8) {
 }
 
 void appendEncoded(TextView text, std::string& out) {
-  out.reserve(out.size() + text.size());
+  const std::size_t base = out.size();
+  if (isAsciiText(text.data(), text.size())) {
+    out.resize(base + text.size());
+    narrow(text.data(), text.size(), reinterpret_cast<unsigned char*>(out.data() + base));
+    return;
+  }
+  // At most four bytes a character: size once, write through a pointer.
+  out.resize(base + 4 * text.size());
+  unsigned char* target = reinterpret_cast<unsigned char*>(out.data() + base);
+  std::size_t n = 0;
   for (char32_t c : text) {
     if (c < 0x80) {
-      out.push_back(static_cast<char>(c));
+      target[n++] = static_cast<unsigned char>(c);
     } else if (c < 0x800) {
-      out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      target[n++] = static_cast<unsigned char>(0xC0 | (c >> 6));
+      target[n++] = static_cast<unsigned char>(0x80 | (c & 0x3F));
     } else if (c < 0x10000) {
-      out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-      out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      target[n++] = static_cast<unsigned char>(0xE0 | (c >> 12));
+      target[n++] = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
+      target[n++] = static_cast<unsigned char>(0x80 | (c & 0x3F));
     } else if (c < kRawByteBase) {
-      out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-      out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      target[n++] = static_cast<unsigned char>(0xF0 | (c >> 18));
+      target[n++] = static_cast<unsigned char>(0x80 | ((c >> 12) & 0x3F));
+      target[n++] = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
+      target[n++] = static_cast<unsigned char>(0x80 | (c & 0x3F));
     } else {
-      out.push_back(static_cast<char>(c - kRawByteBase));
+      target[n++] = static_cast<unsigned char>(c - kRawByteBase);
     }
   }
+  out.resize(base + n);
 }
 
 std::string toUtf8(TextView text) {
