@@ -107,15 +107,20 @@ int printTextResult(const std::string& result, int matches, bool json, std::ostr
 std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
                                           std::ostream& err) {
   if (line.newContent) return line.newContent;
-  if (*line.newContentFile == "-") {
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  // A read that fails (a folder given as the file) throws from inside the
+  // stream buffer; it must stop the write, never pass for empty content.
+  try {
+    if (*line.newContentFile == "-") {
+      return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    std::ifstream file(*line.newContentFile, std::ios::binary);
+    if (file) {
+      return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+  } catch (const std::exception&) {
   }
-  std::ifstream file(*line.newContentFile, std::ios::binary);
-  if (!file) {
-    err << "tagwright: cannot read --new-content-file " << *line.newContentFile << "\n";
-    return std::nullopt;
-  }
-  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  err << "tagwright: cannot read --new-content-file " << *line.newContentFile << "\n";
+  return std::nullopt;
 }
 
 }  // namespace
@@ -165,7 +170,18 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   addCommon(list, line);
 
   try {
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    // "--opt=" gives the option the empty text, as "--opt ''" does.
+    std::vector<std::string> reversed;
+    for (auto it = arguments.rbegin(); it != arguments.rend(); ++it) {
+      bool emptyValue = it->size() > 3 && it->starts_with("--") && it->back() == '=' &&
+                        it->find('=') == it->size() - 1;
+      if (emptyValue) {
+        reversed.emplace_back();
+        reversed.push_back(it->substr(0, it->size() - 1));
+      } else {
+        reversed.push_back(*it);
+      }
+    }
     app.parse(reversed);
     if (write->parsed() && !line.newContent && !line.newContentFile) {
       throw CLI::RequiredError("--new-content or --new-content-file");

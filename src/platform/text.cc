@@ -18,6 +18,57 @@ constexpr LowerPair kLowerTable[] = {
 #include "lowercase_table.inc"
 };
 
+// The plain loops below are what the compiler vectorises; on x86-64 they are
+// built twice, for AVX2 and for the baseline, and picked when loaded.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+#define TAGWRIGHT_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define TAGWRIGHT_VECTOR_CLONES
+#endif
+
+TAGWRIGHT_VECTOR_CLONES bool isAscii(const unsigned char* bytes, std::size_t n) {
+  unsigned char any = 0;
+  for (std::size_t i = 0; i < n; ++i) any |= bytes[i];
+  return any < 0x80;
+}
+
+TAGWRIGHT_VECTOR_CLONES void widen(const unsigned char* bytes, std::size_t n, char32_t* target) {
+  for (std::size_t i = 0; i < n; ++i) target[i] = bytes[i];
+}
+
+TAGWRIGHT_VECTOR_CLONES void narrow(const char32_t* text, std::size_t n, unsigned char* target) {
+  for (std::size_t i = 0; i < n; ++i) target[i] = static_cast<unsigned char>(text[i]);
+}
+
+TAGWRIGHT_VECTOR_CLONES bool isAsciiText(const char32_t* text, std::size_t n) {
+  char32_t any = 0;
+  for (std::size_t i = 0; i < n; ++i) any |= text[i];
+  return any < 0x80;
+}
+
+TAGWRIGHT_VECTOR_CLONES void lowerAscii(const char32_t* text, std::size_t n, char32_t* target) {
+  for (std::size_t i = 0; i < n; ++i) {
+    char32_t c = text[i];
+    target[i] = c + ((c - U'A' < 26u) ? 32u : 0u);
+  }
+}
+
+// Lower-cases the characters outside ASCII that lowerAscii left as they were,
+// looking at them block by block so that ASCII blocks cost one vector test.
+TAGWRIGHT_VECTOR_CLONES void lowerBeyondAscii(char32_t* text, std::size_t n,
+                                              char32_t (*lowerOne)(char32_t)) {
+  constexpr std::size_t kBlock = 32;
+  for (std::size_t start = 0; start < n; start += kBlock) {
+    std::size_t end = std::min(n, start + kBlock);
+    char32_t any = 0;
+    for (std::size_t i = start; i < end; ++i) any |= text[i];
+    if (any < 0x80) continue;
+    for (std::size_t i = start; i < end; ++i) {
+      if (text[i] >= 0x80) text[i] = lowerOne(text[i]);
+    }
+  }
+}
+
 unsigned char byteAt(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
 
 bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
@@ -49,16 +100,27 @@ std::size_t decodeSequence(std::string_view s, std::size_t i, char32_t& out) {
   return length;
 }
 
-// The character of `what` to scan for: one that is rare in markup where
-// there is one ("?" of "?>", "%" of "<%", "!" of "<!"), else the first.
-std::size_t anchorOf(TextView what) {
-  for (std::size_t k = 0; k < what.size(); ++k) {
-    char32_t c = what[k];
-    bool common = (c >= U'a' && c <= U'z') || c == U' ' || c == U'<' || c == U'>' ||
-                  c == U'/' || c == U'"' || c == U'=' || c == U'\r' || c == U'\n';
-    if (!common) return k;
+// How common a character is in markup and prose, lower being rarer: the
+// search scans for the rarest character of what it looks for ("v" of
+// "<div", "%" of "<%"), so that it stops at few false candidates.
+int commonness(char32_t c) {
+  // English letters by frequency, most common first.
+  static constexpr std::u32string_view kLetters = U"etaoinsrhldcumfpgwybvkxjqz";
+  if (c == U' ' || c == U'<' || c == U'>' || c == U'"' || c == U'=' || c == U'/' ||
+      c == U'\r' || c == U'\n') {
+    return 100;
   }
-  return 0;
+  if (c >= U'a' && c <= U'z') return 60 - static_cast<int>(kLetters.find(c));
+  if (c >= U'0' && c <= U'9') return 30;
+  return 10;
+}
+
+std::size_t anchorOf(TextView what) {
+  std::size_t best = 0;
+  for (std::size_t k = 1; k < what.size(); ++k) {
+    if (commonness(what[k]) < commonness(what[best])) best = k;
+  }
+  return best;
 }
 
 // The first occurrence of `c` in [begin, end), by the C library's vectorised
@@ -100,6 +162,10 @@ void appendDecoded(std::string_view utf8, Text& out) {
   out.resize(base + n);
   char32_t* target = out.data() + base;
   const unsigned char* source = reinterpret_cast<const unsigned char*>(utf8.data());
+  if (isAscii(source, n)) {
+    widen(source, n, target);
+    return;
+  }
   std::size_t i = 0;
   std::size_t written = 0;
   while (i < n) {
@@ -139,26 +205,36 @@ Text fromUtf8(std::string_view utf8) {
 }
 
 void appendEncoded(TextView text, std::string& out) {
-  out.reserve(out.size() + text.size());
+  const std::size_t base = out.size();
+  if (isAsciiText(text.data(), text.size())) {
+    out.resize(base + text.size());
+    narrow(text.data(), text.size(), reinterpret_cast<unsigned char*>(out.data() + base));
+    return;
+  }
+  // At most four bytes a character: size once, write through a pointer.
+  out.resize(base + 4 * text.size());
+  unsigned char* target = reinterpret_cast<unsigned char*>(out.data() + base);
+  std::size_t n = 0;
   for (char32_t c : text) {
     if (c < 0x80) {
-      out.push_back(static_cast<char>(c));
+      target[n++] = static_cast<unsigned char>(c);
     } else if (c < 0x800) {
-      out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      target[n++] = static_cast<unsigned char>(0xC0 | (c >> 6));
+      target[n++] = static_cast<unsigned char>(0x80 | (c & 0x3F));
     } else if (c < 0x10000) {
-      out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-      out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      target[n++] = static_cast<unsigned char>(0xE0 | (c >> 12));
+      target[n++] = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
+      target[n++] = static_cast<unsigned char>(0x80 | (c & 0x3F));
     } else if (c < kRawByteBase) {
-      out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-      out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      target[n++] = static_cast<unsigned char>(0xF0 | (c >> 18));
+      target[n++] = static_cast<unsigned char>(0x80 | ((c >> 12) & 0x3F));
+      target[n++] = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
+      target[n++] = static_cast<unsigned char>(0x80 | (c & 0x3F));
     } else {
-      out.push_back(static_cast<char>(c - kRawByteBase));
+      target[n++] = static_cast<unsigned char>(c - kRawByteBase);
     }
   }
+  out.resize(base + n);
 }
 
 std::string toUtf8(TextView text) {
@@ -177,24 +253,10 @@ char32_t lowerChar(char32_t c) {
 
 void lowerInto(TextView text, Text& out) {
   out.resize(text.size());
-  char32_t* target = out.data();
-  const char32_t* source = text.data();
-  const std::size_t n = text.size();
-  // Most chunks are ASCII: find out in one pass that the compiler can
-  // vectorise, then lower-case with arithmetic alone.
-  char32_t any = 0;
-  for (std::size_t i = 0; i < n; ++i) any |= source[i];
-  if (any < 0x80) {
-    for (std::size_t i = 0; i < n; ++i) {
-      char32_t c = source[i];
-      target[i] = c + ((c - U'A' < 26u) ? 32u : 0u);
-    }
-    return;
-  }
-  for (std::size_t i = 0; i < n; ++i) {
-    char32_t c = source[i];
-    target[i] = c < 0x80 ? c + ((c - U'A' < 26u) ? 32u : 0u) : lowerChar(c);
-  }
+  // Arithmetic lower-cases ASCII and leaves every other character as it is;
+  // the few characters beyond ASCII are then mapped by the table.
+  lowerAscii(text.data(), text.size(), out.data());
+  if (!isAsciiText(text.data(), text.size())) lowerBeyondAscii(out.data(), out.size(), lowerChar);
 }
 
 Text lower(TextView text) {

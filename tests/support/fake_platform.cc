@@ -32,6 +32,12 @@ class ScriptedRandom : public RandomGenerator {
 
 void FakePlatform::enter(const std::string& name) {
   calls.push_back(name);
+  if (static_cast<int>(calls.size()) == crashAtCall) {
+    crashImage = files;
+    for (const std::string& path : unsynced_) {
+      if (crashImage->contains(path)) (*crashImage)[path] = kLostWrites;
+    }
+  }
   bool byNumber = static_cast<int>(calls.size()) == failAt_;
   bool byName = !failName_.empty() && name == failName_ && --failNameOccurrence_ == 0;
   if (byNumber || byName) throw Failure(failKind_);
@@ -43,6 +49,14 @@ std::size_t FakePlatform::StringSource::read(char* buffer, std::size_t capacity)
   std::copy_n(bytes.data() + at, n, buffer);
   at += n;
   return n;
+}
+
+void FakePlatform::moveSyncState(const std::string& from, const std::string& to) {
+  if (unsynced_.erase(from) > 0) {
+    unsynced_.insert(to);
+  } else {
+    unsynced_.erase(to);
+  }
 }
 
 FakePlatform::OpenFile& FakePlatform::fileOf(Int16 fileNumber) {
@@ -82,6 +96,7 @@ void FakePlatform::openForOutput(Int16 fileNumber, TextView path) {
   file.path = host;
   file.forOutput = true;
   files[host].clear();
+  unsynced_.insert(host);
   open_[fileNumber.value()] = std::move(file);
 }
 
@@ -98,12 +113,14 @@ void FakePlatform::writeText(Int16 fileNumber, TextView text) {
   enter("writeText");
   OpenFile& file = fileOf(fileNumber);
   appendEncoded(text, file.written);
+  unsynced_.insert(file.path);
 }
 
 void FakePlatform::syncFile(Int16 fileNumber) {
   enter("syncFile");
   OpenFile& file = fileOf(fileNumber);
   files[file.path] = file.written;
+  unsynced_.erase(file.path);
 }
 
 void FakePlatform::closeFile(Int16 fileNumber) {
@@ -144,6 +161,7 @@ void FakePlatform::deleteMatchingFiles(TextView pattern) {
   for (const std::string& path : matching(pattern)) {
     enter("deleteFile");
     files.erase(path);
+    unsynced_.erase(path);
   }
 }
 
@@ -154,6 +172,7 @@ void FakePlatform::renameFile(TextView from, TextView to) {
   if (files.contains(target)) throw Failure(Failure::Kind::kFileExists);
   files[target] = std::move(files[source]);
   files.erase(source);
+  moveSyncState(source, target);
 }
 
 void FakePlatform::replaceFile(TextView from, TextView to) {
@@ -162,6 +181,7 @@ void FakePlatform::replaceFile(TextView from, TextView to) {
   if (!files.contains(source)) throw Failure(Failure::Kind::kFileNotFound);
   files[target] = std::move(files[source]);
   files.erase(source);
+  moveSyncState(source, target);
 }
 
 bool FakePlatform::linkFile(TextView from, TextView to) {
@@ -171,6 +191,7 @@ bool FakePlatform::linkFile(TextView from, TextView to) {
   if (!files.contains(source)) throw Failure(Failure::Kind::kFileNotFound);
   if (files.contains(target)) throw Failure(Failure::Kind::kFileExists);
   files[target] = files[source];
+  if (unsynced_.contains(source)) unsynced_.insert(target);
   return true;
 }
 

@@ -30,6 +30,14 @@ class FakePlatform : public Platform {
   bool hardLinks = true;
   std::vector<std::string> calls;
 
+  // Power-cut simulation: when call number `crashAtCall` (counted over
+  // `calls`, from 1) begins, `crashImage` becomes the files as a power cut
+  // would leave them: a file written or made since its last sync holds
+  // kLostWrites instead of its text. The run itself goes on.
+  static constexpr const char* kLostWrites = "<lost in the power cut>";
+  int crashAtCall = -1;
+  std::optional<std::map<std::string, std::string>> crashImage;
+
   void failCall(int n, Failure::Kind kind) {
     failAt_ = static_cast<int>(calls.size()) + n;
     failKind_ = kind;
@@ -82,8 +90,10 @@ class FakePlatform : public Platform {
   void enter(const std::string& name);
   std::vector<std::string> matching(TextView pattern) const;
   OpenFile& fileOf(Int16 fileNumber);
+  void moveSyncState(const std::string& from, const std::string& to);
 
   std::map<int, OpenFile> open_;
+  std::set<std::string> unsynced_;
   int failAt_ = -1;
   std::string failName_;
   int failNameOccurrence_ = 0;

@@ -7,10 +7,13 @@ namespace tagwright {
 
 // The plain text of a stretch of markup: CR, LF and TAB removed, every tag
 // (from a "<" to the first ">" behind it) dropped, and the pieces between
-// tags trimmed and joined by one blank. Throws Failure(kInvalidArgument) for
-// a "<" behind a complete tag with no ">" after it (`<a>b<c`), and the
-// overflow for a "<" or ">" beyond position 32767.
+// tags trimmed and joined by one blank. A text whose first "<" has no ">"
+// behind it holds no tag: from that "<" on it stands as written, right
+// behind the piece before it. Throws Failure(kInvalidArgument) for a later
+// "<" with no ">" after it (`<a>b<c`), and the overflow for a "<" or ">"
+// beyond position 32767.
 //   stripMarkup(U"Hello <b>World</b>!") == U"Hello World !"
+//   stripMarkup(U"if (a<b) {x}") == U"if (a<b) {x}"
 Text stripMarkup(TextView text);
 
 }  // namespace tagwright
