@@ -51,8 +51,9 @@ MIB = 1 << 20
 class Tool:
     """One row kind: how to run a task, and how close its output must come."""
 
-    def __init__(self, name, tasks, level, command):
+    def __init__(self, name, role, tasks, level, command):
         self.name = name
+        self.role = role  # "tagwright", "peer", "ceiling" (the C scan) or "floor" (the C copy)
         self.tasks = tasks
         self.level = level  # "exact" or "normalised"
         self.command = command  # (task, page path, new content) -> list of argv
@@ -89,22 +90,18 @@ def make_tools(tagwright, binaries):
                 [PYTHON, os.path.join(peers, "xmllint_split.py"), task]]
 
     return [
-        Tool("tagwright", "ABCD", "exact", tagwright_command),
-        Tool("perl regex", "ABCD", "exact", script(["perl"], "perl_regex.pl")),
-        Tool("htmlparser2", "ABCD", "exact", script(["node"], "htmlparser2_stream.js")),
-        Tool("lxml", "ABCD", "normalised", script([PYTHON], "lxml_tree.py")),
-        Tool("xmllint + split", "ABC", "normalised", xmllint),
-        Tool("C scan for \"<\"", "ABC", "exact",
+        Tool("tagwright", "tagwright", "ABCD", "exact", tagwright_command),
+        Tool("perl regex", "peer", "ABCD", "exact", script(["perl"], "perl_regex.pl")),
+        Tool("htmlparser2", "peer", "ABCD", "exact", script(["node"], "htmlparser2_stream.js")),
+        Tool("lxml", "peer", "ABCD", "normalised", script([PYTHON], "lxml_tree.py")),
+        Tool("xmllint + split", "peer", "ABC", "normalised", xmllint),
+        Tool("C scan for \"<\"", "ceiling", "ABC", "exact",
              lambda task, path, new: [[binaries["scan_markers"], path]]),
-        Tool("C copy + rename", "D", "exact",
+        Tool("C copy + rename", "floor", "D", "exact",
              lambda task, path, new: [[binaries["copy_rename"], path]]),
-        Tool("C copy + fsync + rename", "D", "exact",
+        Tool("C copy + fsync + rename", "floor", "D", "exact",
              lambda task, path, new: [[binaries["copy_rename"], "--sync", path]]),
     ]
-
-
-def is_reference(tool):
-    return tool.name.startswith("C ")
 
 
 # --- running -----------------------------------------------------------------
@@ -243,7 +240,7 @@ def judge(tool, task, page, run, rewritten_path):
         said = (output[:200].decode("utf-8", "replace") + " " + run.stderr_text).split()
         raise Disagreement("exit status %d: %s" % (run.status, " ".join(said)[:200]))
     matches = reported_matches(run)
-    if tool.name.startswith("C scan"):
+    if tool.role == "ceiling":
         expected = page.facts["angle_brackets"]
         if output.decode() != str(expected):
             raise Disagreement("counted %s \"<\", expected %d" % (output.decode(), expected))
@@ -251,7 +248,7 @@ def judge(tool, task, page, run, rewritten_path):
     if task in ("A", "B"):
         expected = page.paragraph_pieces[task]
         label = ""
-        if tool.name == "tagwright" and page.capped:
+        if tool.role == "tagwright" and page.capped:
             expected = expected[:page.facts["cap"]]
             label = ", first %s (cap)" % format(page.facts["cap"], ",")
         agreement = compare_results(output, expected, tool.level)
@@ -265,15 +262,48 @@ def judge(tool, task, page, run, rewritten_path):
         return agreement, 1
     with open(rewritten_path, "rb") as file:
         document = file.read()
-    copy_only = tool.name.startswith("C copy")
+    copy_only = tool.role == "floor"
     expected_document = page.original if copy_only else page.rewritten
     agreement = compare_texts(document, expected_document, tool.level, "the rewritten document")
-    if tool.name == "tagwright":
+    if tool.role == "tagwright":
         # What a rewrite returns is the text it replaced.
         compare_texts(output, page.answers["C"], "exact", "the replaced text returned")
     if matches != (0 if copy_only else 1):
         raise Disagreement("reports %s matches" % matches)
     return agreement, matches
+
+
+def check_the_judge(page):
+    """Self-test of the judging itself: outputs with one fault each must be refused,
+    at both levels, so that an "agrees" in the table can be trusted."""
+    pieces = page.paragraph_pieces["A"]
+    one_changed = list(pieces)
+    one_changed[7] = one_changed[7][:-1] + b"!"
+    faulty = {
+        "a result with one character changed": (b"\0".join(one_changed), pieces),
+        "a result missing": (b"\0".join(pieces[1:]), pieces),
+        "two results swapped": (b"\0".join([pieces[1], pieces[0]] + pieces[2:]), pieces),
+        "the results of task B for A": (page.answers["B"], pieces),
+    }
+    refused = 0
+    for level in ("exact", "normalised"):
+        for name, (output, expected) in faulty.items():
+            try:
+                compare_results(output, expected, level)
+                print("the judge let through %s (%s)" % (name, level), file=sys.stderr)
+            except Disagreement:
+                refused += 1
+        for name, document in (("the page unchanged", page.original),
+                               ("the new content added, not put in place",
+                                page.original[:page.facts["target_end"]]
+                                + page.facts["new_content"].encode()
+                                + page.original[page.facts["target_end"]:])):
+            try:
+                compare_texts(document, page.rewritten, level, "the rewritten document")
+                print("the judge let through %s (%s)" % (name, level), file=sys.stderr)
+            except Disagreement:
+                refused += 1
+    return refused == 2 * (len(faulty) + 2)
 
 
 def digest(path):
@@ -301,7 +331,7 @@ class Row:
     @property
     def measured_bytes(self):
         """What the tool had to read: a capped read stops behind the 32,000th <p>."""
-        if self.tool.name == "tagwright" and self.task in "AB" and self.page.capped:
+        if self.tool.role == "tagwright" and self.task in "AB" and self.page.capped:
             return self.page.facts["cap_end_offset"]
         return self.page.bytes
 
@@ -328,7 +358,9 @@ def run_task(task, page, tools, rounds, work, env):
         if checked:
             row.agreement, row.results = judge(row.tool, task, page, run, path)
             row.output_digest = digest(output)
-        elif run.status != 0 or digest(output) != row.output_digest:
+        elif run.status != 0:
+            raise Disagreement("a later run ended with exit status %d" % run.status)
+        elif digest(output) != row.output_digest:
             raise Disagreement("a later run gave other output")
         return run
 
@@ -376,7 +408,7 @@ def table(rows_by_task, self_test):
         header += ["median s", "MiB/s", "peak RSS MiB", "tagwright speed ÷ tool speed"]
     lines = ["| " + " | ".join(header) + " |", "|" + "---|" * len(header)]
     for rows in rows_by_task:
-        tagwright = next(row for row in rows if row.tool.name == "tagwright")
+        tagwright = next(row for row in rows if row.tool.role == "tagwright")
         for row in rows:
             size = "%d MiB" % row.page.size_mib
             cells = [size, row.task, row.tool.name]
@@ -396,7 +428,30 @@ def table(rows_by_task, self_test):
     return "\n".join(lines)
 
 
-def notes(pages, rows_by_task, tagwright, self_test):
+def headline(rows_by_task):
+    """Per task, the paired ratios at the largest page where tagwright has them."""
+    lines = []
+    for task in TASKS:
+        best = None
+        for rows in rows_by_task:
+            if rows[0].task != task:
+                continue
+            tagwright = next(row for row in rows if row.tool.role == "tagwright")
+            ratios = [(row.tool.name, paired_ratio(row, tagwright)) for row in rows]
+            ratios = [(name, ratio) for name, ratio in ratios if ratio]
+            if ratios and (best is None or rows[0].page.size_mib > best[0]):
+                best = (rows[0].page.size_mib, ratios)
+        if best:
+            lines.append("- **%s** (%s), %d MiB: %s" % (
+                task, TASKS[task], best[0],
+                ", ".join("%s %.2f×" % (name, ratio) for name, ratio in best[1])))
+    if not lines:
+        return ""
+    return ("Headline, tagwright speed ÷ tool speed (paired, median of rounds; above 1 tagwright"
+            " is faster):\n\n" + "\n".join(lines) + "\n\n")
+
+
+def notes(pages, self_test):
     lines = []
     for page in pages:
         lines.append("- %d MiB page: %s bytes, %s `<p>`, the target at byte %s (%.0f%%)."
@@ -449,15 +504,20 @@ def machine_line(tagwright):
             cpu = next(line.split(":", 1)[1].strip() for line in file if line.startswith("model name"))
     except (OSError, StopIteration):
         pass
-    build_type = "unknown"
+    return "%s, %d cores, %s %s; tagwright build: %s; %s" % (
+        cpu, os.cpu_count(), platform.system(), platform.release(), build_type(tagwright),
+        datetime.date.today().isoformat())
+
+
+def build_type(tagwright):
+    """The CMake build type of the folder the program lies in, if it is a build folder."""
     cache = os.path.join(os.path.dirname(os.path.abspath(tagwright)), "CMakeCache.txt")
     if os.path.exists(cache):
         with open(cache) as file:
             found = re.search(r"^CMAKE_BUILD_TYPE:STRING=(.*)$", file.read(), re.M)
-            build_type = found.group(1) if found else build_type
-    return "%s, %d cores, %s %s; tagwright build: %s; %s" % (
-        cpu, os.cpu_count(), platform.system(), platform.release(), build_type,
-        datetime.date.today().isoformat())
+            if found:
+                return found.group(1)
+    return "unknown"
 
 
 def chart(rows_by_task, pages, path):
@@ -494,7 +554,7 @@ def chart(rows_by_task, pages, path):
                 data.write("%s %s\n" % (task, " ".join(values)))
             data.write("\n\n")
             failed = any(row.failure for rows in rows_by_task for row in rows
-                         if row.page is page and row.tool.name == "tagwright")
+                         if row.page is page and row.tool.role == "tagwright")
             title = "%d MiB page%s" % (page.size_mib,
                                         " (tagwright rows that failed have no bar)" if failed
                                         else "")
@@ -504,7 +564,7 @@ def chart(rows_by_task, pages, path):
                 for column in sorted(drawn))
             plots.append("set title '%s'\nplot %s" % (title, columns))
     script = [
-        "set terminal pngcairo size %d,600 font 'sans,10'" % (560 * len(pages)),
+        "set terminal pngcairo size %d,640 font 'sans,10'" % (560 * len(pages)),
         "set output '%s'" % path,
         "set style data histograms",
         "set style histogram clustered gap 1",
@@ -515,7 +575,7 @@ def chart(rows_by_task, pages, path):
         "set ylabel 'MiB/s (log scale)'",
         "set xlabel 'A <p> markup   B <p> text   C one div   D rewrite'",
         "set grid ytics",
-        "set key top right font ',8'",
+        "set key outside bottom center horizontal font ',9'",
         "set multiplot layout 1,%d title 'tagwright and its peers, MiB/s by task'" % len(pages),
         *plots,
         "unset multiplot",
@@ -567,6 +627,9 @@ def main():
     tools = make_tools(os.path.abspath(args.tagwright), binaries)
     env = dict(os.environ, NODE_PATH="/usr/share/nodejs", LC_ALL="C.UTF-8")
 
+    if not args.self_test and build_type(args.tagwright) not in ("Release", "RelWithDebInfo"):
+        print("warning: %s is a %s build; its times say little" % (
+            args.tagwright, build_type(args.tagwright)), file=sys.stderr)
     rows_by_task = []
     for page in pages:
         rounds = 2 if args.self_test else args.runs or DEFAULT_RUNS.get(page.size_mib, 3)
@@ -575,11 +638,14 @@ def main():
                   file=sys.stderr, flush=True)
             rows_by_task.append(run_task(task, page, tools, rounds, args.work, env))
 
-    report = "%s\n\n%s\n\n%s\n" % (
-        machine_line(args.tagwright), table(rows_by_task, args.self_test),
-        notes(pages, rows_by_task, args.tagwright, args.self_test))
+    report = "%s\n\n%s%s\n\n%s\n" % (
+        machine_line(args.tagwright), "" if args.self_test else headline(rows_by_task),
+        table(rows_by_task, args.self_test),
+        notes(pages, args.self_test))
     print(report)
     failures = [row for rows in rows_by_task for row in rows if row.failure]
+    if args.self_test and not check_the_judge(pages[0]):
+        failures.append("the judge")
     if not args.self_test:
         with open(os.path.join(args.work, "compare.md"), "w") as file:
             file.write(report)
