@@ -625,7 +625,8 @@ def main():
     pages = [Page(size, pages_dir) for size in sizes]
     binaries = {name: os.path.join(args.bin, name) for name in ("scan_markers", "copy_rename")}
     tools = make_tools(os.path.abspath(args.tagwright), binaries)
-    env = dict(os.environ, NODE_PATH="/usr/share/nodejs", LC_ALL="C.UTF-8")
+    env = dict(os.environ, NODE_PATH="/usr/share/nodejs", LC_ALL="C.UTF-8",
+               PYTHONDONTWRITEBYTECODE="1")
 
     if not args.self_test and build_type(args.tagwright) not in ("Release", "RelWithDebInfo"):
         print("warning: %s is a %s build; its times say little" % (
