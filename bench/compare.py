@@ -443,7 +443,7 @@ def headline(rows_by_task):
                 best = (rows[0].page.size_mib, ratios)
         if best:
             lines.append("- **%s** (%s), %d MiB: %s" % (
-                task, TASKS[task], best[0],
+                task, re.sub(r"(<[^>]*>)", r"`\1`", TASKS[task]), best[0],
                 ", ".join("%s %.2f×" % (name, ratio) for name, ratio in best[1])))
     if not lines:
         return ""
@@ -555,9 +555,9 @@ def chart(rows_by_task, pages, path):
             data.write("\n\n")
             failed = any(row.failure for rows in rows_by_task for row in rows
                          if row.page is page and row.tool.role == "tagwright")
-            title = "%d MiB page%s" % (page.size_mib,
-                                        " (tagwright rows that failed have no bar)" if failed
-                                        else "")
+            title = "%d MiB page%s%s" % (
+                page.size_mib, " (tagwright rows that failed have no bar)" if failed else "",
+                " (tagwright A, B: the first 32,000 <p> only)" if page.capped else "")
             columns = ", ".join(
                 "'%s' index %d using %d:xtic(1) title columnheader(%d) lc rgb '%s'"
                 % (data_path, index, column + 2, column + 2, colours[column % len(colours)])
@@ -571,12 +571,12 @@ def chart(rows_by_task, pages, path):
         "set style fill solid 0.9 border -1",
         "set boxwidth 0.9",
         "set logscale y",
-        "set yrange [1:20000]",
+        "set yrange [1:5000]",
         "set ylabel 'MiB/s (log scale)'",
-        "set xlabel 'A <p> markup   B <p> text   C one div   D rewrite'",
         "set grid ytics",
         "set key outside bottom center horizontal font ',9'",
-        "set multiplot layout 1,%d title 'tagwright and its peers, MiB/s by task'" % len(pages),
+        "set multiplot layout 1,%d title 'tagwright and its peers, MiB/s by task:"
+        " A <p> markup, B <p> text, C one <div id=\"target\">, D its rewrite'" % len(pages),
         *plots,
         "unset multiplot",
     ]
