@@ -564,7 +564,7 @@ def chart(rows_by_task, pages, path):
                 for column in sorted(drawn))
             plots.append("set title '%s'\nplot %s" % (title, columns))
     script = [
-        "set terminal pngcairo size %d,640 font 'sans,10'" % (560 * len(pages)),
+        "set terminal pngcairo size %d,640 font 'sans,10'" % max(800, 560 * len(pages)),
         "set output '%s'" % path,
         "set style data histograms",
         "set style histogram clustered gap 1",
