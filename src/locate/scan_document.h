@@ -1,6 +1,8 @@
 #ifndef TAGWRIGHT_LOCATE_SCAN_DOCUMENT_H_
 #define TAGWRIGHT_LOCATE_SCAN_DOCUMENT_H_
 
+#include <string>
+
 #include "platform/int16.h"
 #include "platform/text.h"
 #include "shell/query.h"
@@ -11,7 +13,8 @@ namespace tagwright {
 // instances of the query's element type, takes those that StartInstance and
 // CountInstances select, cuts out their text, runs it through the span or
 // string function and, for "innertext", stripMarkup, and collects the results
-// each followed by the separator, less the last character, into `scanResult`.
+// each followed by the separator, less the last character, into `scanResult`
+// (UTF-8, as the operations return it).
 // Closes the document in every case.
 //
 // In write mode the new document goes to a temporary file with each taken
@@ -21,8 +24,8 @@ namespace tagwright {
 // Returns the empty text on success (also when nothing was found), else the
 // failure's message; `scanResult` is then empty and `MatchesFound` means
 // nothing.
-Text scanDocument(const CallContext& call, Text& scanResult, const Query& query, Int16 fileNumber,
-                  bool writeMode, TextView NewContent, Int16& MatchesFound);
+Text scanDocument(const CallContext& call, std::string& scanResult, const Query& query,
+                  Int16 fileNumber, bool writeMode, TextView NewContent, Int16& MatchesFound);
 
 }  // namespace tagwright
 

@@ -211,8 +211,11 @@ void appendEncoded(TextView text, std::string& out) {
     narrow(text.data(), text.size(), reinterpret_cast<unsigned char*>(out.data() + base));
     return;
   }
-  // At most four bytes a character: size once, write through a pointer.
-  out.resize(base + 4 * text.size());
+  std::size_t bytes = 0;
+  for (char32_t c : text) {
+    bytes += c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : c < kRawByteBase ? 4 : 1;
+  }
+  out.resize(base + bytes);
   unsigned char* target = reinterpret_cast<unsigned char*>(out.data() + base);
   std::size_t n = 0;
   for (char32_t c : text) {
@@ -234,7 +237,6 @@ void appendEncoded(TextView text, std::string& out) {
       target[n++] = static_cast<unsigned char>(c - kRawByteBase);
     }
   }
-  out.resize(base + n);
 }
 
 std::string toUtf8(TextView text) {

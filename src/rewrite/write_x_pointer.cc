@@ -18,14 +18,14 @@ int Tagwright::writeXPointer(const std::string& NewContent, const std::string& D
     Query query = normalizedQuery(DocumentName, ElementName, AttributeName, AttributeValue,
                                   StartInstance, CountInstances, ContentType, SpanFunction, "");
     resultSeparator = trimmedParameter(ResultSeparatorChars);
-    Text scanResult;
+    std::string scanResult;
     Int16 localMatches = 0;
     Text message =
         locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite}, bufferLength,
                       query, resultSeparator, true, newContent, scanResult, localMatches);
     if (message.empty()) {
       count = localMatches.value();
-      errorResult = toUtf8(scanResult);
+      errorResult = std::move(scanResult);
     } else {
       errorResult = "ERROR: " + toUtf8(message);
     }

@@ -5,7 +5,7 @@
 namespace tagwright {
 
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength, Query& query,
-                   Text& resultSeparator, bool writeMode, TextView NewContent, Text& scanResult,
+                   Text& resultSeparator, bool writeMode, TextView NewContent, std::string& scanResult,
                    Int16& matches) {
   Int16 fileNumber = 0;
   Text message = validateParameters(validation, query, resultSeparator, fileNumber);

@@ -8,9 +8,10 @@ namespace tagwright {
 
 // The common road of readXPointer and writeXPointer: validateParameters,
 // then scanDocument on the document it opened. Returns the empty text on
-// success, with `scanResult` and `matches` set; else the failure's message.
+// success, with `scanResult` (UTF-8) and `matches` set; else the failure's
+// message.
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength, Query& query,
-                   Text& resultSeparator, bool writeMode, TextView NewContent, Text& scanResult,
+                   Text& resultSeparator, bool writeMode, TextView NewContent, std::string& scanResult,
                    Int16& matches);
 
 }  // namespace tagwright

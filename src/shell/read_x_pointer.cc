@@ -19,14 +19,14 @@ std::string Tagwright::readXPointer(const std::string& DocumentName,
         normalizedQuery(DocumentName, ElementName, AttributeName, AttributeValue, StartInstance,
                         CountInstances, ContentType, SpanFunction, StringFunction);
     resultSeparator = trimmedParameter(ResultSeparatorChars);
-    Text scanResult;
+    std::string scanResult;
     Int16 localMatches = 0;
     Text message =
         locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocRead}, bufferLength,
                       query, resultSeparator, false, {}, scanResult, localMatches);
     if (message.empty()) {
       matches = localMatches.value();
-      result = toUtf8(scanResult);
+      result = std::move(scanResult);
     } else {
       result = "ERROR: " + toUtf8(message);
     }
