@@ -45,12 +45,9 @@ TEST(RewriteFailure, EachFailure) {
     std::string message, document, backup;
   } cases[] = {
       {"openForOutput", 1, K::kPermissionDenied, true, kOpenOutput, kBefore, kPrevious},
-      {"nextFreeFileNumber", 2, K::kTooManyFiles, true, kOpenOutput, kBefore, kPrevious},
       {"read", 3, K::kDeviceIo, true, "ERROR: Device I/O error.", kBefore, kPrevious},
       {"writeText", 2, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
       {"syncFile", 1, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
-      {"copyAttributes", 1, K::kPermissionDenied, true, "ERROR: Permission denied.", kBefore,
-       kPrevious},
       // Open, locked or read-only: the backup stays.
       {"deleteFile", 1, K::kPermissionDenied, true, kDeleteBackup, kBefore, kPrevious},
       {"linkFile", 1, K::kPermissionDenied, true, kMoveDocument, kBefore, kNone},

@@ -33,29 +33,39 @@ mode_t modeOf(const std::string& path) {
   return st.st_mode;
 }
 
-TEST(RewritePosix, PermissionBitsKept) {
-  for (mode_t mode : {0600u, 0644u, 0755u, 0444u}) {
-    SCOPED_TRACE(mode);
+// The new document keeps the mode bits, the backup is found by its exact
+// name also when hidden, and a ".bak" document gets a backup of its own.
+TEST(RewritePosix, TwoRewritesInARow) {
+  const struct {
+    const char* document;
+    const char* backup;
+    mode_t mode;
+  } cases[] = {
+      {"page.htm", "page.bak", 0640}, {".x.htm", ".x.bak", 0755}, {"x.bak", "x.bak.bak", 0444}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.document);
     TempFolder folder;
-    folder.write("page.htm", "<%a%>");
-    ::chmod(folder.host("page.htm").c_str(), mode);
-    ASSERT_EQ(rewrite(folder, "page.htm", "b"), (Outcome{"a", 1}));
-    EXPECT_EQ(folder.read("page.htm"), "<%b%>\r\n");
-    EXPECT_EQ(modeOf(folder.host("page.htm")) & 07777, mode);
-    EXPECT_EQ(folder.names(), (std::set<std::string>{"page.bak", "page.htm"}));
+    folder.write(c.document, "<%0%>");
+    ::chmod(folder.host(c.document).c_str(), c.mode);
+    ASSERT_EQ(rewrite(folder, c.document, "1"), (Outcome{"0", 1}));
+    ASSERT_EQ(rewrite(folder, c.document, "2"), (Outcome{"1", 1}));
+    EXPECT_EQ(folder.read(c.document), "<%2%>\r\n");
+    EXPECT_EQ(folder.read(c.backup), "<%1%>\r\n");
+    EXPECT_EQ(folder.names(), (std::set<std::string>{c.document, c.backup}));
+    EXPECT_EQ(modeOf(folder.host(c.document)) & 07777, c.mode);
   }
 }
 
 TEST(RewritePosix, DocumentBehindSymbolicLink) {
   TempFolder folder;
   folder.write("real/page.htm", "<%a%>");
-  ::mkdir(folder.host("site").c_str(), 0755);
+  folder.write("site/other", "");
   ASSERT_EQ(::symlink("../real/page.htm", folder.host("site/page.htm").c_str()), 0);
   ASSERT_EQ(rewrite(folder, "site/page.htm", "b"), (Outcome{"a", 1}));
   EXPECT_TRUE(S_ISLNK(modeOf(folder.host("site/page.htm"))));
   EXPECT_EQ(folder.read("site/page.htm"), "<%b%>\r\n");
   EXPECT_EQ(folder.read("real/page.bak"), "<%a%>");
-  EXPECT_EQ(folder.names("site"), std::set<std::string>{"page.htm"});
+  EXPECT_EQ(folder.names("site"), (std::set<std::string>{"other", "page.htm"}));
   EXPECT_EQ(folder.names("real"), (std::set<std::string>{"page.bak", "page.htm"}));
 }
 
