@@ -98,10 +98,7 @@ TEST(Host, HelpNamesTheSettings) {
 TEST(Host, SettingsFile) {
   TempFolder folder;
   folder.write("page.htm", "<%a%>");
-  const struct {
-    std::string settings;
-    HostRun want;
-  } cases[] = {
+  const std::tuple<std::string, HostRun> cases[] = {
       {"AllowVirtualDocWriteOnly=1\n", HostRun{0, "a", "matches: 1\n"}},
       {"AllowVirtualDocReadOnly=1\n",
        HostRun{1, "ERROR: The use of physical file paths is denied by the administrator.",
@@ -109,38 +106,34 @@ TEST(Host, SettingsFile) {
       {"BufferLengthCharacters=4294967296\n", HostRun{1, "", "BufferLengthCharacters"}},
   };
   ::setenv("TAGWRIGHT_SETTINGS", folder.host("settings.conf").c_str(), 1);
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.settings);
-    folder.write("settings.conf", c.settings);
+  for (const auto& [settings, want] : cases) {
+    SCOPED_TRACE(settings);
+    folder.write("settings.conf", settings);
     HostRun run =
         runTagwright({"read", "C:" + folder.host("page.htm"), "--element-name", "#aspcode"});
-    EXPECT_EQ(run.status, c.want.status);
-    EXPECT_EQ(run.out, c.want.out);
-    EXPECT_NE(run.err.find(c.want.err), std::string::npos) << run.err;
+    EXPECT_EQ(run.status, want.status);
+    EXPECT_EQ(run.out, want.out);
+    EXPECT_NE(run.err.find(want.err), std::string::npos) << run.err;
   }
   ::unsetenv("TAGWRIGHT_SETTINGS");
 }
 
 TEST(SiteContext, RefusesEveryClimbAboveTheRoot) {
-  const struct {
-    const char* root;
-    const char* workingFolder;
-    const char* path;
-    const char* want;  // empty: refused
-  } cases[] = {
+  // Root, working folder, path, and what it maps to; empty where refused.
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
       {"/srv/site", "/srv/site/news", "a.htm", "\\srv\\site\\news\\a.htm"},
       {"/srv/x/../site/", "/", "//x/./y/../a.htm", "\\srv\\site\\x\\a.htm"},
       {"/srv/site", "/", "/../site/a.htm", ""},
       {"/srv/site", "/srv/site/news", "../../a.htm", ""},
       {"/srv/site", "/srv/sitex", "a.htm", ""},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.workingFolder) + " " + c.path);
+  for (const auto& [root, workingFolder, path, want] : cases) {
+    SCOPED_TRACE(std::string(workingFolder) + " " + path);
     try {
-      EXPECT_EQ(SiteContext(c.root, c.workingFolder).Server().MapPath(c.path), c.want);
+      EXPECT_EQ(SiteContext(root, workingFolder).Server().MapPath(path), want);
     } catch (const Failure& failure) {
       EXPECT_EQ(failure.description(), "Path is outside the site root");
-      EXPECT_STREQ(c.want, "");
+      EXPECT_STREQ(want, "");
     }
   }
 }

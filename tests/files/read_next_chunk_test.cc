@@ -27,11 +27,7 @@ std::string chunksOf(const std::string& document, std::int32_t bufferLength) {
 
 TEST(ReadNextChunk, Table) {
   const std::string x = std::string(50, 'x') + ">";
-  const struct {
-    std::string document;
-    std::int32_t bufferLength;
-    std::string want;
-  } cases[] = {
+  const std::tuple<std::string, std::int32_t, std::string> cases[] = {
       {"", 10, ""},
       {"\r\n", 10, "\r\n|"},
       {"a\rb\r", 100, "a\r\nb\r\n|"},
@@ -45,9 +41,9 @@ TEST(ReadNextChunk, Table) {
       {"<a>   \r\nb\r\nc", 4, "<a>   \r\nb\r\nc\r\n|"},
       {"<a>\r\n\r\nb\r\nc", 6, "<a>\r\n\r\n|b\r\nc\r\n|"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.document);
-    EXPECT_EQ(chunksOf(c.document, c.bufferLength), c.want);
+  for (const auto& [document, bufferLength, want] : cases) {
+    SCOPED_TRACE(document);
+    EXPECT_EQ(chunksOf(document, bufferLength), want);
   }
 }
 

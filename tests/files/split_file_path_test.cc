@@ -8,12 +8,7 @@ namespace tagwright {
 namespace {
 
 TEST(SplitFilePath, Table) {
-  const struct {
-    const char* path;
-    const char* folder;
-    const char* base;
-    const char* extension;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
       {"C:\\web\\a.b.htm", "C:\\web\\", "a.b", "htm"},
       {"page.htm", "", "page", "htm"},
       {"C:\\web\\page", "C:\\web\\", "page", ""},
@@ -26,12 +21,12 @@ TEST(SplitFilePath, Table) {
       {"c:/web/page.htm", "", "c:/web/page", "htm"},
       {"C:\\wéb\\pägé.htm", "C:\\wéb\\", "pägé", "htm"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.path);
+  for (const auto& [path, folder, wantBase, wantExtension] : cases) {
+    SCOPED_TRACE(path);
     Text base = U"stale", extension = U"stale";
-    EXPECT_EQ(toUtf8(splitFilePath(fromUtf8(c.path), base, extension)), c.folder);
-    EXPECT_EQ(toUtf8(base), c.base);
-    EXPECT_EQ(toUtf8(extension), c.extension);
+    EXPECT_EQ(toUtf8(splitFilePath(fromUtf8(path), base, extension)), folder);
+    EXPECT_EQ(toUtf8(base), wantBase);
+    EXPECT_EQ(toUtf8(extension), wantExtension);
   }
   Text base, extension;
   EXPECT_EQ(splitFilePath(U"C:\\a.b" + Text(40000, U'x'), base, extension), U"C:\\");

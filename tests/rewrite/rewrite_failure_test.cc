@@ -37,13 +37,7 @@ FakePlatform prepared(bool hardLinks = true) {
 
 TEST(RewriteFailure, EachFailure) {
   using K = Failure::Kind;
-  const struct {
-    const char* call;
-    int occurrence;
-    K kind;
-    bool hardLinks;
-    std::string message, document, backup;
-  } cases[] = {
+  const std::tuple<const char*, int, K, bool, std::string, std::string, std::string> cases[] = {
       {"openForOutput", 1, K::kPermissionDenied, true, kOpenOutput, kBefore, kPrevious},
       {"read", 3, K::kDeviceIo, true, "ERROR: Device I/O error.", kBefore, kPrevious},
       {"writeText", 2, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
@@ -55,12 +49,12 @@ TEST(RewriteFailure, EachFailure) {
       {"renameFile", 1, K::kPermissionDenied, false, kMoveDocument, kBefore, kNone},
       {"renameFile", 2, K::kPermissionDenied, false, kPlaceOutput, kNone, kBefore},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.call) + " " + std::to_string(c.occurrence));
-    FakePlatform platform = prepared(c.hardLinks);
-    platform.failNamedCall(c.call, c.kind, c.occurrence);
-    EXPECT_EQ(write(platform, {}, 1), (Outcome{c.message, -1}));
-    EXPECT_EQ(onDisk(platform), std::pair(c.document, c.backup));
+  for (const auto& [call, occurrence, kind, hardLinks, message, document, backup] : cases) {
+    SCOPED_TRACE(std::string(call) + " " + std::to_string(occurrence));
+    FakePlatform platform = prepared(hardLinks);
+    platform.failNamedCall(call, kind, occurrence);
+    EXPECT_EQ(write(platform, {}, 1), (Outcome{message, -1}));
+    EXPECT_EQ(onDisk(platform), std::pair(document, backup));
   }
 }
 

@@ -36,23 +36,19 @@ mode_t modeOf(const std::string& path) {
 // The new document keeps the mode bits, the backup is found by its exact
 // name also when hidden, and a ".bak" document gets a backup of its own.
 TEST(RewritePosix, TwoRewritesInARow) {
-  const struct {
-    const char* document;
-    const char* backup;
-    mode_t mode;
-  } cases[] = {
+  const std::tuple<const char*, const char*, mode_t> cases[] = {
       {"page.htm", "page.bak", 0640}, {".x.htm", ".x.bak", 0755}, {"x.bak", "x.bak.bak", 0444}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.document);
+  for (const auto& [document, backup, mode] : cases) {
+    SCOPED_TRACE(document);
     TempFolder folder;
-    folder.write(c.document, "<%0%>");
-    ::chmod(folder.host(c.document).c_str(), c.mode);
-    ASSERT_EQ(rewrite(folder, c.document, "1"), (Outcome{"0", 1}));
-    ASSERT_EQ(rewrite(folder, c.document, "2"), (Outcome{"1", 1}));
-    EXPECT_EQ(folder.read(c.document), "<%2%>\r\n");
-    EXPECT_EQ(folder.read(c.backup), "<%1%>\r\n");
-    EXPECT_EQ(folder.names(), (std::set<std::string>{c.document, c.backup}));
-    EXPECT_EQ(modeOf(folder.host(c.document)) & 07777, c.mode);
+    folder.write(document, "<%0%>");
+    ::chmod(folder.host(document).c_str(), mode);
+    ASSERT_EQ(rewrite(folder, document, "1"), (Outcome{"0", 1}));
+    ASSERT_EQ(rewrite(folder, document, "2"), (Outcome{"1", 1}));
+    EXPECT_EQ(folder.read(document), "<%2%>\r\n");
+    EXPECT_EQ(folder.read(backup), "<%1%>\r\n");
+    EXPECT_EQ(folder.names(), (std::set<std::string>{document, backup}));
+    EXPECT_EQ(modeOf(folder.host(document)) & 07777, mode);
   }
 }
 

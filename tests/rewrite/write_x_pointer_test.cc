@@ -83,20 +83,17 @@ TEST(WriteXPointer, NewDocument) {
 // The backup takes the document's name with ".bak" for its extension, even
 // where the name looks like a stale temporary file.
 TEST(WriteXPointer, BackupNames) {
-  const struct {
-    const char* document;
-    const char* host;
-    const char* backup;
-  } cases[] = {{"C:\\web\\page", "/web/page", "/web/page.bak"},
-               {"c:/web/page.htm", "/web/page.htm", "/web/page.bak"},
-               {"C:\\web\\~1117page.tmp", "/web/~1117page.tmp", "/web/~1117page.bak"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.document);
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"C:\\web\\page", "/web/page", "/web/page.bak"},
+      {"c:/web/page.htm", "/web/page.htm", "/web/page.bak"},
+      {"C:\\web\\~1117page.tmp", "/web/~1117page.tmp", "/web/~1117page.bak"}};
+  for (const auto& [document, host, backup] : cases) {
+    SCOPED_TRACE(document);
     FakePlatform platform;
-    platform.files[c.host] = "<%a%>";
-    EXPECT_EQ(write(platform, Request{.document = c.document}), (Outcome{"a", 1}));
+    platform.files[host] = "<%a%>";
+    EXPECT_EQ(write(platform, Request{.document = document}), (Outcome{"a", 1}));
     EXPECT_EQ(platform.files,
-              (std::map<std::string, std::string>{{c.host, "<%NEW%>\r\n"}, {c.backup, "<%a%>"}}));
+              (std::map<std::string, std::string>{{host, "<%NEW%>\r\n"}, {backup, "<%a%>"}}));
   }
 }
 

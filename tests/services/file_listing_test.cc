@@ -104,20 +104,17 @@ TEST(FileListing, RealFolder) {
        {"b.txt", "a.txt", ".hidden", "B.txt", ".x.txt", "sub.txt/c", "empty/.e"}) {
     folder.write(name, "x");
   }
-  const struct {
-    std::string folder;
-    std::string spec;
-    std::string text;
-  } cases[] = {{"", "*.txt", "B.txt,a.txt,b.txt"},
-               {"", "sub.txt", ""},
-               {"", ".hidden", ""},
-               {"empty", "*.*", ""},
-               {"missing", "*.*", ""},
-               {"a.txt", "*.*", ""}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.folder + " " + c.spec);
-    EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(c.folder), c.spec}),
-              (Outcome{c.text, c.text.empty() ? 0 : 3}));
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {"", "*.txt", "B.txt,a.txt,b.txt"},
+      {"", "sub.txt", ""},
+      {"", ".hidden", ""},
+      {"empty", "*.*", ""},
+      {"missing", "*.*", ""},
+      {"a.txt", "*.*", ""}};
+  for (const auto& [sub, spec, text] : cases) {
+    SCOPED_TRACE(sub + " " + spec);
+    EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(sub), spec}),
+              (Outcome{text, text.empty() ? 0 : 3}));
   }
   ::chmod(folder.host().c_str(), 0);
   if (::access(folder.host().c_str(), R_OK) == 0) GTEST_SKIP() << "this process reads any folder";

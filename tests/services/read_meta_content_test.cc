@@ -39,12 +39,7 @@ TEST(ReadMetaContent, Example) {
       "<meta name=\"description\" content=\"A page\">\r\n<meta content=\"x\" name=\"y\">\r\n"
       "<meta name=\"page-author\" content=\"Staff\">\r\n";
   using Args = std::vector<std::string>;
-  const struct {
-    Meta meta;
-    Args options;
-    std::string text;
-    int matches;
-  } cases[] = {
+  const std::tuple<Meta, Args, std::string, int> cases[] = {
       {Meta{}, Args{},
        "Robots$eq$none;author$eq$The Editors;description$eq$A page;page-author$eq$Staff", 4},
       {Meta{.name = "author"}, Args{"--meta-name", "author"},
@@ -54,21 +49,21 @@ TEST(ReadMetaContent, Example) {
       {Meta{.start = 2, .count = 1}, Args{"--start-instance", "2", "--count-instances", "1"},
        "author$eq$The Editors", 1},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
+  for (const auto& [meta, options, text, matches] : cases) {
+    SCOPED_TRACE(text);
     // At a chunk length of 1 every line is a chunk: the counters run across chunks.
     for (std::int32_t bufferLength : {2048, 1}) {
-      EXPECT_EQ(readMeta(example, c.meta, bufferLength), (Outcome{c.text, c.matches}));
+      EXPECT_EQ(readMeta(example, meta, bufferLength), (Outcome{text, matches}));
     }
     Args arguments = {"meta", "C:\\doc.htm", "--separator", ";", "--json"};
-    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+    arguments.insert(arguments.end(), options.begin(), options.end());
     FakePlatform platform;
     platform.files["/doc.htm"] = example;
-    EXPECT_EQ(runTagwright(arguments, &platform),
-              (HostRun{0,
-                       "{\"result\":\"" + c.text +
-                           "\",\"matchesFound\":" + std::to_string(c.matches) + "}\n",
-                       ""}));
+    EXPECT_EQ(
+        runTagwright(arguments, &platform),
+        (HostRun{0,
+                 "{\"result\":\"" + text + "\",\"matchesFound\":" + std::to_string(matches) + "}\n",
+                 ""}));
   }
 }
 

@@ -37,14 +37,10 @@ Called call(Matcher matcher, const std::string& element, const std::string& cont
 
 TEST(Matchers, Table) {
   const std::string no = kUntouched;
-  const struct {
-    Matcher matcher;
-    const char* element;
-    std::string atP;  // text that lies ahead of P, where there is any, before a "^"
-    bool want;
-    std::string closeMarker;
-    int innerOffset;  // "outermarkup" always leaves 0
-  } cases[] = {
+  // Matcher, element, the text at P (any text ahead of P before a "^"), the
+  // answer, the close marker, and where the content starts behind P for
+  // "innermarkup" and "innertext" ("outermarkup" always leaves it on P).
+  const std::tuple<Matcher, const char*, std::string, bool, std::string, int> cases[] = {
       {matchAnyElement, "#element", "<p>y</p>", true, "</p>", 3},
       {matchAnyElement, "#element", "<a href=x>t</a>", true, "</a>", 10},
       {matchAnyElement, "#element", "<br />", true, "<br />", 0},
@@ -91,17 +87,17 @@ TEST(Matchers, Table) {
       {matchComment, "#comment", "<!---------![", true, "-->", 4},
       {matchComment, "#comment", "<!-", true, ">", 2},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.atP);
-    const std::size_t caret = c.atP.find('^');
-    const std::string before = caret == std::string::npos ? "é " : c.atP.substr(0, caret);
-    const std::string atP = caret == std::string::npos ? c.atP : c.atP.substr(caret + 1);
+  for (const auto& [matcher, element, row, want, closeMarker, innerOffset] : cases) {
+    SCOPED_TRACE(row);
+    const std::size_t caret = row.find('^');
+    const std::string before = caret == std::string::npos ? "é " : row.substr(0, caret);
+    const std::string atP = caret == std::string::npos ? row : row.substr(caret + 1);
     for (const char* contentType : {"innermarkup", "innertext", "outermarkup"}) {
       SCOPED_TRACE(contentType);
-      Called got = call(c.matcher, c.element, contentType, atP, before);
-      EXPECT_EQ(got.result, c.want);
-      EXPECT_EQ(got.closeMarker, c.closeMarker);
-      EXPECT_EQ(got.offset, contentType[0] == 'o' ? 0 : c.innerOffset);
+      Called got = call(matcher, element, contentType, atP, before);
+      EXPECT_EQ(got.result, want);
+      EXPECT_EQ(got.closeMarker, closeMarker);
+      EXPECT_EQ(got.offset, contentType[0] == 'o' ? 0 : innerOffset);
     }
   }
 }
@@ -122,34 +118,30 @@ TEST(Matchers, FirstCharacterOfAnElementName) {
 TEST(AttributesMatch, Table) {
   // The attribute text of <A HREF = "X.htm" target=_top title="big news">.
   const std::string tag = " href = \"x.htm\" target=_top title=\"big news\">";
-  const struct {
-    std::string attributeText;
-    const char* name;
-    const char* value;
-    bool want;
-  } cases[] = {{tag, "*", "*", true},
-               {tag, "href", "*", true},
-               {tag, "ref", "*", true},
-               {tag, "alt", "*", false},
-               {tag, "target", "*", true},
-               {tag, "href", "x.htm", true},
-               {tag, "*", "x.htm", true},
-               {tag, "href", "x", false},
-               {tag, "target", "_top", false},
-               {tag, "title", "big news", false},
-               {tag, "title", "bignews", true},
-               {tag, "target", "x.htm", false},
-               {" href='x'>", "href", "x", true},
-               {" href=\"x'>", "href", "x", false},
-               {">", "*", "*", true},
-               {"", "*", "*", false},
-               {"/x=1 y=2>", "x", "*", false},
-               {" href\r\n=\"x\">", "href", "*", false},
-               {" title=\"été\">", "title", "été", true}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.attributeText + " " + c.name + " " + c.value);
-    Text attributeText = fromUtf8(c.attributeText);
-    EXPECT_EQ(attributesMatch(fromUtf8(c.name), fromUtf8(c.value), attributeText), c.want);
+  const std::tuple<std::string, const char*, const char*, bool> cases[] = {
+      {tag, "*", "*", true},
+      {tag, "href", "*", true},
+      {tag, "ref", "*", true},
+      {tag, "alt", "*", false},
+      {tag, "target", "*", true},
+      {tag, "href", "x.htm", true},
+      {tag, "*", "x.htm", true},
+      {tag, "href", "x", false},
+      {tag, "target", "_top", false},
+      {tag, "title", "big news", false},
+      {tag, "title", "bignews", true},
+      {tag, "target", "x.htm", false},
+      {" href='x'>", "href", "x", true},
+      {" href=\"x'>", "href", "x", false},
+      {">", "*", "*", true},
+      {"", "*", "*", false},
+      {"/x=1 y=2>", "x", "*", false},
+      {" href\r\n=\"x\">", "href", "*", false},
+      {" title=\"été\">", "title", "été", true}};
+  for (const auto& [text, name, value, want] : cases) {
+    SCOPED_TRACE(text + " " + name + " " + value);
+    Text attributeText = fromUtf8(text);
+    EXPECT_EQ(attributesMatch(fromUtf8(name), fromUtf8(value), attributeText), want);
   }
 }
 

@@ -72,14 +72,7 @@ TEST(ApplySpanFunction, Table) {
 TEST(ApplySpanFunction, ThroughWriteXPointer) {
   const std::string example = "<div>" + kExample + "</div>\r\n";
   const std::string overlapping = "<div><p>1</p><p>2</p><p>3</p></div>\r\n";
-  const struct {
-    std::string document;
-    const char* function;
-    const char* contentType;
-    std::string errorResult;
-    int result;
-    std::string newDocument;
-  } cases[] = {
+  const std::tuple<std::string, const char*, const char*, std::string, int, std::string> cases[] = {
       {example, "h2,h3", "innerMarkup", " text ", 1,
        "<div><H2>One</h2>NEW<h3>Two</h3><p>x</p></div>\r\n"},
       {example, "h2,h3", "outerMarkup", "<H2>One</h2> text <h3>Two</h3>", 1,
@@ -87,14 +80,14 @@ TEST(ApplySpanFunction, ThroughWriteXPointer) {
       {overlapping, "p,p", "outerMarkup", "ERROR: Invalid procedure call or argument.", -1,
        overlapping},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.function + std::string(" ") + c.contentType);
+  for (const auto& [document, function, contentType, errorResult, result, newDocument] : cases) {
+    SCOPED_TRACE(function + std::string(" ") + contentType);
     FakePlatform platform;
-    platform.files["/doc.htm"] = c.document;
-    Request request{.element = "div", .contentType = c.contentType, .span = c.function};
-    EXPECT_EQ(write(platform, request), (Outcome{c.errorResult, c.result}));
-    EXPECT_EQ(platform.files["/doc.htm"], c.newDocument);
-    EXPECT_EQ(platform.files.size(), c.result == 1 ? 2u : 1u);  // the backup, no temporary file
+    platform.files["/doc.htm"] = document;
+    Request request{.element = "div", .contentType = contentType, .span = function};
+    EXPECT_EQ(write(platform, request), (Outcome{errorResult, result}));
+    EXPECT_EQ(platform.files["/doc.htm"], newDocument);
+    EXPECT_EQ(platform.files.size(), result == 1 ? 2u : 1u);  // the backup, no temporary file
   }
 }
 

@@ -12,50 +12,47 @@ namespace {
 
 TEST(ReadSetting, Table) {
   const std::string x1022(1022, 'x'), e1022 = toUtf8(Text(1022, U'\u00E9'));
-  const struct {
-    std::optional<std::string> file;
-    std::string want;
-  } cases[] = {{std::nullopt, ""},
-               {"A=4096\n", "4096"},
-               {"B=1\nA=7", "7"},
-               {"a=300\n", "300"},
-               {"A= 1 \n", " 1 "},
-               {"A=b=c\n", "b=c"},
-               {"A =1\n", ""},
-               {"AB=1\n", ""},
-               {"#A=1\nA\nA=2\n", "2"},
-               {"A=1\nB=5\nA=\n", ""},
-               {"A=1\r\r\n", "1\r"},
-               {"A=" + x1022 + "\r\n", x1022},
-               {"A=" + x1022 + "x\n", ""},
-               {"A=" + e1022 + "\n", e1022}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.file.value_or("(no file)").substr(0, 20));
+  const std::tuple<std::optional<std::string>, std::string> cases[] = {
+      {std::nullopt, ""},
+      {"A=4096\n", "4096"},
+      {"B=1\nA=7", "7"},
+      {"a=300\n", "300"},
+      {"A= 1 \n", " 1 "},
+      {"A=b=c\n", "b=c"},
+      {"A =1\n", ""},
+      {"AB=1\n", ""},
+      {"#A=1\nA\nA=2\n", "2"},
+      {"A=1\nB=5\nA=\n", ""},
+      {"A=1\r\r\n", "1\r"},
+      {"A=" + x1022 + "\r\n", x1022},
+      {"A=" + x1022 + "x\n", ""},
+      {"A=" + e1022 + "\n", e1022}};
+  for (const auto& [file, want] : cases) {
+    SCOPED_TRACE(file.value_or("(no file)").substr(0, 20));
     FakePlatform platform;
-    platform.settings = c.file;
-    EXPECT_EQ(toUtf8(readSetting(platform, U"A")), c.want);
+    platform.settings = file;
+    EXPECT_EQ(toUtf8(readSetting(platform, U"A")), want);
   }
 }
 
 TEST(TagwrightSettings, BufferLength) {
-  const struct {
-    std::optional<std::string> text;
-    std::int32_t want;  // 0: the construction fails
-  } cases[] = {
+  // The text of the setting and the chunk length taken; 0 where the
+  // construction fails.
+  const std::tuple<std::optional<std::string>, std::int32_t> cases[] = {
       {std::nullopt, 2048}, {"", 2048},         {"256", 2048},         {"257", 257},
       {"65534", 65534},     {"65535", 2048},    {"0", 2048},           {"-4096", 2048},
       {"lots", 2048},       {" 4096 ", 4096},   {"256.6", 257},        {"2147483647", 2048},
       {"2147483648", 0},    {"-2147483649", 0}, {"99999999999999", 0},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text.value_or("(none)"));
+  for (const auto& [text, want] : cases) {
+    SCOPED_TRACE(text.value_or("(none)"));
     FakePlatform platform;
-    if (c.text) platform.settings = "bufferlengthcharacters=" + *c.text + "\n";
+    if (text) platform.settings = "bufferlengthcharacters=" + *text + "\n";
     try {
       Tagwright instance(platform);
-      EXPECT_EQ(TagwrightTestAccess::bufferLength(instance), c.want);
+      EXPECT_EQ(TagwrightTestAccess::bufferLength(instance), want);
     } catch (const std::runtime_error& error) {
-      EXPECT_EQ(c.want, 0);
+      EXPECT_EQ(want, 0);
       EXPECT_NE(std::string(error.what()).find("BufferLengthCharacters"), std::string::npos);
     }
   }
@@ -87,18 +84,15 @@ std::string refusals(const std::string& settings) {
 }
 
 TEST(TagwrightSettings, EachFlagActsOnItsOwnOperations) {
-  const struct {
-    std::string settings;
-    const char* want;
-  } cases[] = {
+  const std::tuple<std::string, const char*> cases[] = {
       {"", "--------"},
       {"AllowVirtualDocReadOnly=1\n", "rm------"},
       {"# for writing\nAllowVirtualDocWriteOnly=1\n", "---w----"},
       {"allowvirtualfilelistonly=1\r\n", "--l-----"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.settings);
-    EXPECT_EQ(refusals(c.settings), c.want);
+  for (const auto& [settings, want] : cases) {
+    SCOPED_TRACE(settings);
+    EXPECT_EQ(refusals(settings), want);
   }
   for (const char* flag :
        {"AllowVirtualDocReadOnly", "AllowVirtualDocWriteOnly", "AllowVirtualFileListOnly"}) {
@@ -150,32 +144,26 @@ TEST(TagwrightSettings, ChunkLengthChangesOnlyWhatDependsOnTheChunk) {
   };
   // Five short lines behind a long one end the chunk at 257.
   const std::string head = std::string(300, 'a') + "\r\nb\r\nb\r\nb\r\nb\r\n";
-  const struct {
-    const char* name;
-    std::string document;
-    Request request;
-    std::string text257;
-    int matches257;
-    std::string text30000;
-    int matches30000;
-  } cases[] = {
-      {"MarkerBeyond32767OfOneChunk", longLines(35), Request{}, "x", 1, "ERROR: Overflow.", -1},
-      {"BigChunkWithMarkerNearItsStart", longLines(2), Request{}, "x", 1, "x", 1},
-      {"TagEndInTheNextChunk", head + "<p class=\"x\"\r\n>text</p>", Request{.element = "p"}, "", 0,
-       "text", 1},
-      {"DoctypeWithoutTagEndInItsChunk", "x public " + head + "<!doctype html\r\n>",
-       Request{.element = "#dtd"}, "doctype html\r\n", 1, "", 0},
-      {"DoctypeBracketInTheNextChunk", head + "<!DOCTYPE n SYSTEM \"n\"\r\n[<!ENTITY a \"b\">]>",
-       Request{.element = "#dtd"}, "DOCTYPE n SYSTEM \"n\"\r\n[<!ENTITY a \"b\"", 1,
-       "DOCTYPE n SYSTEM \"n\"\r\n[<!ENTITY a \"b\">", 1},
-      {"MetaTagCutByTheChunkEnd", head + "<meta name=\"a\" content=\"1\r\n2\">",
-       Request{.element = "meta"}, "", 0, "a=1\r\n2", 1},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(readWithChunkLength(c.document, c.request, 257), (Outcome{c.text257, c.matches257}));
-    EXPECT_EQ(readWithChunkLength(c.document, c.request, 30000),
-              (Outcome{c.text30000, c.matches30000}));
+  const std::tuple<const char*, std::string, Request, std::string, int, std::string, int> cases[] =
+      {
+          {"MarkerBeyond32767OfOneChunk", longLines(35), Request{}, "x", 1, "ERROR: Overflow.", -1},
+          {"BigChunkWithMarkerNearItsStart", longLines(2), Request{}, "x", 1, "x", 1},
+          {"TagEndInTheNextChunk", head + "<p class=\"x\"\r\n>text</p>", Request{.element = "p"},
+           "", 0, "text", 1},
+          {"DoctypeWithoutTagEndInItsChunk", "x public " + head + "<!doctype html\r\n>",
+           Request{.element = "#dtd"}, "doctype html\r\n", 1, "", 0},
+          {"DoctypeBracketInTheNextChunk",
+           head + "<!DOCTYPE n SYSTEM \"n\"\r\n[<!ENTITY a \"b\">]>", Request{.element = "#dtd"},
+           "DOCTYPE n SYSTEM \"n\"\r\n[<!ENTITY a \"b\"", 1,
+           "DOCTYPE n SYSTEM \"n\"\r\n[<!ENTITY a \"b\">", 1},
+          {"MetaTagCutByTheChunkEnd", head + "<meta name=\"a\" content=\"1\r\n2\">",
+           Request{.element = "meta"}, "", 0, "a=1\r\n2", 1},
+      };
+  for (const auto& [name, document, request, text257, matches257, text30000, matches30000] :
+       cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(readWithChunkLength(document, request, 257), (Outcome{text257, matches257}));
+    EXPECT_EQ(readWithChunkLength(document, request, 30000), (Outcome{text30000, matches30000}));
   }
 }
 
