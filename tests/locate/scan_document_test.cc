@@ -50,12 +50,10 @@ TEST(ScanDocument, ServerCodeAndTheDriver) {
       {"BlankTextDroppedSeparatorKept", "<% %><%b%>", Request{.separator = ","}, ",b", 2},
       {"SeparatorTrimmedLastCharacterCut", abc, Request{.separator = " -- "}, "a--b--c-", 3},
       {"NulByDefault", abc, Request{.separator = ""}, std::string("a\0b\0c", 5), 3},
-      {"TabIsNotBlank", "<%\t%>", q("#aspcode"), "\t", 1},
       {"StartAndCount", abc, q("#aspcode", "", 2, 1), "b", 1},
       {"StartAndCountOverChunks", "<%a%>\r\n<%b%>\r\n<%c%>\r\n<%d%>", q("#aspcode", "", 2, 2),
        "b;c", 2, 4},
       {"OneCharacterBetweenHidesOuter", abc, q("#aspcode", kOuter), "<%a%>;<%c%>", 2},
-      {"LineEndBetween", "<%a%>\r\n<%b%>", q("#aspcode", kOuter), "<%a%>;<%b%>", 2},
       {"MissingCloseMarker", "<%a%>x<%b%>\r\n<%c\r\nd\r\n", Request{.separator = ","},
        "ERROR: Found 'a,b,'--> Missing element end tag '%>'.", -1},
       {"CloseSeveralChunksLater", "<%x" + line + line + "y%>z\r\n<%q%>", q("#aspcode"),
@@ -87,12 +85,8 @@ TEST(ScanDocument, ElementsDeclarationsAndComments) {
       {"RefusedOuterShowsInside", titled,
        Request{.element = "#element", .attributeName = "id", .contentType = kOuter},
        "<b id=1>x</b>", 1},
-      {"RefusedInnerHidesInside", titled, Request{.element = "#element", .attributeName = "id"}, "",
-       0},
       {"FirstCloseMarkerEnds", "<div><div>x</div>y</div>", q("div"), "<div>x", 1},
       {"EmptyInstancesCountWithoutText", "<br/>\r\n<p></p>", q("#element"), "", 2},
-      {"SelfClosingOuterIsTheTag", "<BR/>", q("br", kOuter), "<BR/>", 1},
-      {"QuotedGreaterThanEndsTag", "<a title=\"1>2\" href=x>t</a>", q("a"), "2\" href=x>t", 1},
       {"NonAsciiValueInDocument", ete,
        Request{.element = "p", .attributeName = "title", .attributeValue = "été"}, "x;z", 2},
       {"NonAsciiValueInParameter", ete,
@@ -116,26 +110,19 @@ TEST(ScanDocument, ElementsDeclarationsAndComments) {
 }
 
 // The transforms at work in the scan: a bad string function is no failure
-// of the operation but a text per instance, and each span counts as a match
-// with its own separator, with "innertext" stripping the whole text.
+// of the operation but a text per instance, each span counts as a match
+// with its own separator, and "innertext" strips what either returns.
 TEST(ScanDocument, Transforms) {
   const std::string prices = "<%Price: USD 120%>\r\n<%no price%>x<%Net 5%>";
   const std::string format = "ERROR: Illegal String function format :0,E,0,2";
-  const std::string unexpected = "ERROR: Unexpected error while executing String function.";
   const std::string spans =
       "<%<H2>One</h2> text <h3>Two</h3>%>\r\n<%none%>\r\n<%<h2>a</h2>b<h3>c</h3><h2>d</h2>e<h3>%>";
   expectReads({
       {"BadFormatPerInstance", prices, Request{.string = " 0,E,0,2 "},
        format + ";" + format + ";" + format, 3},
-      {"FailurePerInstance", prices, Request{.string = "1,\",0,2"},
-       unexpected + ";" + unexpected + ";" + unexpected, 3},
-      {"MissesKeepTheirSeparator", prices, Request{.string = "1,usd,4,3"}, "120;;", 3},
       {"StringThenInnerText", prices, Request{.contentType = kText, .string = "1,\"Net\",4,1"},
        ";;5", 3},
       {"SpansInner", spans, Request{.span = " H2 , H3 "}, " text ;b;e", 3},
-      {"SpansOuter", spans, Request{.contentType = kOuter, .span = "h2,h3"},
-       "<H2>One</h2> text <h3>Two</h3>;<h2>a</h2>b<h3>c</h3>", 2},
-      {"InstanceWithoutSpanCounts", spans, Request{.count = 2, .span = "h2,h3"}, " text ", 1},
       // The separator reads as a tag and goes; the last cut then takes a letter.
       {"SpansInnerText", spans, Request{.contentType = kText, .span = "h2,h3", .separator = "<x>"},
        "textb ", 3},
@@ -162,7 +149,6 @@ TEST(ScanDocument, OneLinePageLongerThan32767) {
       {"FarNamedElementNotReached", farTag, q("p", "", 1, 1), "x", 1},
       {"FarAnyElement", farTag, q("#element"), overflow, -1},
       {"FarTagEnd", farTagEnd, q("p"), overflow, -1},
-      {"FarTagEndNotReached", farTagEnd, q("p", "", 1, 1), "x", 1},
       {"NameEndBeyondLimit", std::string(32765, 'x') + "<p>y</p>", q("p"), overflow, -1},
       {"FirstCharacterBeyondLimit", std::string(32766, 'x') + "<p>", q("#element"), overflow, -1},
       {"DoctypeWithFarBracket", doctype + "[", q("#dtd"), overflow, -1},

@@ -48,7 +48,6 @@ TEST(ValidateParameters, Table) {
       {"ContextBeatsEverythingElse", Request{.document = "doc.htm", .element = "#x"}, kVirtualOnly},
       {"ElementTypeInCapitals", Request{.element = " #ASPCODE "}, "a;b", 2},
       {"ContentTypeAnyCase", Request{.contentType = " OuterMarkup "}, "<%a%>", 1},
-      {"BlankContentTypeIsInnerMarkup", Request{.contentType = "  "}, "a;b", 2},
       {"ColonMakesAPathPhysical", Request{.document = "C:/doc.htm"}, "a;b", 2},
       {"VirtualPathMapped", Request{.document = "/doc.htm"}, "s", 1, underSite},
       {"MissingFileNamedByItsPhysicalPath", Request{.document = "/none.htm"},

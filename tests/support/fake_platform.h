@@ -20,8 +20,7 @@ namespace tagwright {
 class FakePlatform : public Platform {
  public:
   std::map<std::string, std::string> files;
-  std::set<std::string> made;               // every file ever opened for output
-  std::set<std::string> unreadableFolders;  // "/locked/": listing it is refused
+  std::set<std::string> made;  // every file ever opened for output
   std::optional<std::string> settings;
   LocalTime now{11, 19, 0, 43, 51};
   double random = 0.4375;

@@ -41,11 +41,8 @@ TEST(Matchers, Table) {
   // answer, the close marker, and where the content starts behind P for
   // "innermarkup" and "innertext" ("outermarkup" always leaves it on P).
   const std::tuple<Matcher, const char*, std::string, bool, std::string, int> cases[] = {
-      {matchAnyElement, "#element", "<p>y</p>", true, "</p>", 3},
       {matchAnyElement, "#element", "<a href=x>t</a>", true, "</a>", 10},
-      {matchAnyElement, "#element", "<br />", true, "<br />", 0},
       {matchAnyElement, "#element", "<=3 >", true, "</=3>", 5},
-      {matchAnyElement, "#element", "<DIV Class=x>", true, "</div>", 13},
       {matchAnyElement, "#element", "< a>", false, no, 0},
       {matchAnyElement, "#element", "</a>", false, no, 0},
       {matchAnyElement, "#element",
@@ -63,7 +60,6 @@ TEST(Matchers, Table) {
       {matchNamedElement, "p", "<p class=\"x\">", true, "</p>", 13},
       {matchNamedElement, "p", "<pre>", false, no, 0},
       {matchNamedElement, "p", "<p\tclass=\"x\">", false, no, 0},
-      {matchNamedElement, "p", "<p\r\nclass=\"x\">", false, no, 0},
       {matchNamedElement, "p", "<p/b c=\"d\">", true, "</p>", 11},
       {matchNamedElement, "été", "<ÉTÉ>x</ÉTÉ>", true, "</été>", 5},
       {matchNamedElement, "p>", "<p> x", false, "</p>>", 3},
@@ -77,7 +73,6 @@ TEST(Matchers, Table) {
       {matchDoctype, "#dtd", "a public b ^<!doctype note", true, ">", 2},
       {matchComment, "#comment", "<!-- c -->", true, "-->", 4},
       {matchComment, "#comment", "<!foo bar>", true, ">", 2},
-      {matchComment, "#comment", "<!ELEMENT a (b)>", false, no, 0},
       {matchComment, "#comment", "<![CDATA[x]]>", false, no, 0},
       {matchComment, "#comment", "<!-- !entity x -->", false, no, 0},
       {matchComment, "#comment", "<!--  !entity x -->", true, "-->", 4},
