@@ -122,6 +122,9 @@ TEST(ScanDocument, Transforms) {
        format + ";" + format + ";" + format, 3},
       {"StringThenInnerText", prices, Request{.contentType = kText, .string = "1,\"Net\",4,1"},
        ";;5", 3},
+      // Each byte of an invalid sequence is a character of its own.
+      {"InvalidBytesCountOneEach", "<%\xE0\x80\xAF\xED\xA0\x80x%>", Request{.string = "1,x,-6,6"},
+       "\xE0\x80\xAF\xED\xA0\x80", 1},
       {"SpansInner", spans, Request{.span = " H2 , H3 "}, " text ;b;e", 3},
       // The separator reads as a tag and goes; the last cut then takes a letter.
       {"SpansInnerText", spans, Request{.contentType = kText, .span = "h2,h3", .separator = "<x>"},

@@ -11,6 +11,7 @@
 #include <random>
 #include <thread>
 
+#include "files/rename_file.h"
 #include "platform/platform.h"
 #include "support/requests.h"
 #include "support/temp_folder.h"
@@ -63,6 +64,19 @@ TEST(RewritePosix, DocumentBehindSymbolicLink) {
   EXPECT_EQ(folder.read("real/page.bak"), "<%a%>");
   EXPECT_EQ(folder.names("site"), (std::set<std::string>{"other", "page.htm"}));
   EXPECT_EQ(folder.names("real"), (std::set<std::string>{"page.bak", "page.htm"}));
+}
+
+// Where there are no hard links the rewrite renames, which must never
+// replace a file.
+TEST(RewritePosix, RenameNeverReplaces) {
+  TempFolder folder;
+  folder.write("a.htm", "a");
+  folder.write("a.bak", "b");
+  auto path = [&](const char* name) { return fromUtf8(folder.physical(name)); };
+  EXPECT_FALSE(renameFile(systemPlatform(), path("a.htm"), path("a.bak")));
+  EXPECT_TRUE(renameFile(systemPlatform(), path("a.htm"), path("b.htm")));
+  EXPECT_EQ(folder.names(), (std::set<std::string>{"a.bak", "b.htm"}));
+  EXPECT_EQ(folder.read("a.bak"), "b");
 }
 
 // Runs `tagwright write` on the document and returns its pid.
