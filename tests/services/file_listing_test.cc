@@ -114,6 +114,11 @@ TEST(FileListing, RealFolder) {
     EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(sub), spec}),
               (Outcome{text, text.empty() ? 0 : 3}));
   }
+}
+
+TEST(FileListing, RealFolderThatCannotBeRead) {
+  TempFolder folder;
+  folder.write("a.txt", "x");
   ::chmod(folder.host().c_str(), 0);
   if (::access(folder.host().c_str(), R_OK) == 0) GTEST_SKIP() << "this process reads any folder";
   EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(), "a.txt"}),
