@@ -1,180 +1,163 @@
-// The scan driver through readXPointer: counting, separators, the last cut,
-// close markers across chunks, and its failure texts.
+// Whole-document reads through readXPointer: counting, separators and the
+// last cut, close markers and tags across chunks, what the stretch a matcher
+// leaves hides or shows, the transforms, characters beyond ASCII, and 16-bit
+// positions on one-line pages longer than 32767 characters.
 #include <gtest/gtest.h>
 
-#include <string>
-
-#include "support/read_request.h"
+#include "support/requests.h"
 
 namespace tagwright {
 namespace {
 
-const std::string kThreeLines = "<?xml version=\"1.0\"?>\r\n<%a=1%><p>x</p>\r\n<%b%>\r\n";
+std::string repeat(const std::string& text, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += text;
+  return out;
+}
 
-struct ScanCase {
+const char* const kOuter = "outerMarkup";
+const char* const kText = "innerText";
+
+Request q(std::string element, std::string contentType = "innerMarkup", std::int16_t start = 1,
+          std::int16_t count = 0) {
+  return {.element = element, .start = start, .count = count, .contentType = contentType};
+}
+
+struct ReadCase {
   const char* name;
   std::string document;
-  ReadRequest request;
-  std::string want;
+  Request request;
+  std::string text;
   int matches;
+  std::int32_t bufferLength = 2048;
 };
 
-ReadRequest aspcode(std::string contentType = "innerMarkup") {
-  ReadRequest r;
-  r.element = "#aspcode";
-  r.contentType = std::move(contentType);
-  return r;
-}
-
-TEST(ScanDocument, ThreeLineExample) {
-  ReadRequest pi = aspcode();
-  pi.element = "#pi";
-  ReadRequest second = aspcode();
-  second.start = 2;
-  const ScanCase cases[] = {
-      {"InnerMarkup", kThreeLines, aspcode(), "a=1;b", 2},
-      {"OuterMarkup", kThreeLines, aspcode("outerMarkup"), "<%a=1%>;<%b%>", 2},
-      {"ProcessingInstruction", kThreeLines, pi, "xml version=\"1.0\"", 1},
-      {"StartInstanceTwo", kThreeLines, second, "b", 1},
-  };
-  for (const ScanCase& c : cases) {
+void expectReads(const std::vector<ReadCase>& cases) {
+  for (const ReadCase& c : cases) {
     SCOPED_TRACE(c.name);
-    ReadOutcome got = readDocument(c.document, c.request);
-    EXPECT_EQ(got.text, c.want);
-    EXPECT_EQ(got.matches, c.matches);
+    EXPECT_EQ(readDocument(c.document, c.request, c.bufferLength), (Outcome{c.text, c.matches}));
   }
 }
 
-ReadRequest separatedBy(std::string separator, std::string contentType = "innerMarkup") {
-  ReadRequest r = aspcode(std::move(contentType));
-  r.separator = std::move(separator);
-  return r;
-}
-
-ReadRequest counted(std::int16_t start, std::int16_t count) {
-  ReadRequest r = aspcode();
-  r.start = start;
-  r.count = count;
-  return r;
-}
-
-TEST(ScanDocument, SeparatorsCountsAndTheLastCut) {
-  const ScanCase cases[] = {
-      {"EmptyDocument", "", aspcode(), "", 0},
-      {"NoCandidate", "<p>x</p>\r\n", aspcode(), "", 0},
-      {"BlankTextDroppedSeparatorKept", "<% %><%b%>", separatedBy(","), ",b", 2},
-      {"OnlyLastCharacterOfSeparatorCut", "<%a%>x<%b%>", separatedBy("--"), "a--b-", 2},
-      {"NulByDefault", "<%a%>x<%b%>", separatedBy(""), std::string("a\0b", 3), 2},
-      {"SingleBlankInstance", "<%  %>", separatedBy(""), "", 1},
-      {"TabIsNotBlank", "<%\t%>", aspcode(), "\t", 1},
-      {"CapitalsKept", "<?XML Version=\"1\"?>",
-       [] {
-         ReadRequest r;
-         r.element = "#pi";
-         return r;
-       }(),
-       "XML Version=\"1\"", 1},
-      {"StartBeyondLast", "<%a%>x<%b%>", counted(3, 0), "", 0},
-      {"CountStopsMidChunk", "<%a%>x<%b%>x<%c%>", counted(1, 2), "a;b", 2},
-      {"StartAndCount", "<%a%>x<%b%>x<%c%>", counted(2, 1), "b", 1},
-      {"OneCharacterBetweenHidesOuter", "<%a%>x<%b%>", separatedBy(";", "outerMarkup"), "<%a%>", 1},
-      {"TwoCharactersBetweenDoNot", "<%a%>xx<%b%>", separatedBy(";", "outerMarkup"), "<%a%>;<%b%>",
-       2},
-      {"ConsecutiveLines", "<%a%>\r\n<%b%>", separatedBy(";", "outerMarkup"), "<%a%>;<%b%>", 2},
-      {"PassedOverNeedsNoCloseMarker", "<%a", counted(2, 0), "", 0},
-  };
-  for (const ScanCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    ReadOutcome got = readDocument(c.document, c.request);
-    EXPECT_EQ(got.text, c.want);
-    EXPECT_EQ(got.matches, c.matches);
-  }
-}
-
-TEST(ScanDocument, MissingCloseMarker) {
-  EXPECT_EQ(readDocument("<%one", aspcode()).text,
-            "ERROR: Found ''--> Missing element end tag '%>'.");
-  ReadOutcome got = readDocument("<%a%>x<%b%>\r\n<%c\r\nd\r\n", separatedBy(","));
-  EXPECT_EQ(got.text, "ERROR: Found 'a,b,'--> Missing element end tag '%>'.");
-  EXPECT_EQ(got.matches, -1);
-}
-
-TEST(ScanDocument, InstancesOverManyChunks) {
-  // Lines of 10 characters in chunks of at least 8: every line is a chunk.
-  const std::string lines = "0123456789\r\n";
-  struct Case {
-    const char* name;
-    std::string document;
-    std::string want;
-  };
-  const Case cases[] = {
-      {"CloseSeveralChunksLater", "ab<%x" + lines + lines + "y%>z\r\n<%q%>",
-       "x" + lines + lines + "y;q"},
-      {"CloseStartsAChunk", "<%" + lines + "%>after<%q%>", lines + ";q"},
-      {"SearchGoesOnBehindTheMarker", "<%a\r\nb%><%c%>\r\n", "a\r\nb;c"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    ReadOutcome got = readDocument(c.document, aspcode(), 8);
-    EXPECT_EQ(got.text, c.want);
-    EXPECT_EQ(got.matches, 2);
-  }
-}
-
-TEST(ScanDocument, StartAndCountRunAcrossChunks) {
-  const std::string document = "<%a%>\r\n<%b%>\r\n<%c%>\r\n<%d%>\r\n";
-  ReadOutcome got = readDocument(document, counted(2, 2), 4);
-  EXPECT_EQ(got.text, "b;c");
-  EXPECT_EQ(got.matches, 2);
-}
-
-TEST(ScanDocument, PositionsCountCharacters) {
-  const ScanCase cases[] = {
-      {"NonAsciiBefore", "\xC3\xA9\xE2\x82\xAC<%x%>", aspcode(), "x", 1},
-      {"NonAsciiInside", "<%\xC3\xA9\xE2\x82\xAC%><%\xF0\x9F\x98\x80%>", aspcode(),
+TEST(ScanDocument, ServerCodeAndTheDriver) {
+  const std::string three = "<?xml version=\"1.0\"?>\r\n<%a=1%><p>x</p>\r\n<%b%>\r\n";
+  const std::string abc = "<%a%>x<%b%>x<%c%>", line = "0123456789\r\n", y = repeat("y", 98);
+  expectReads({
+      {"InnerMarkup", three, q("#aspcode"), "a=1;b", 2},
+      {"OuterMarkup", three, q("#aspcode", kOuter), "<%a=1%>;<%b%>", 2},
+      {"ProcessingInstruction", three, q("#pi"), "xml version=\"1.0\"", 1},
+      {"StartInstanceTwo", three, q("#aspcode", "", 2), "b", 1},
+      {"BlankTextDroppedSeparatorKept", "<% %><%b%>", Request{.separator = ","}, ",b", 2},
+      {"SeparatorTrimmedLastCharacterCut", abc, Request{.separator = " -- "}, "a--b--c-", 3},
+      {"NulByDefault", abc, Request{.separator = ""}, std::string("a\0b\0c", 5), 3},
+      {"StartAndCount", abc, q("#aspcode", "", 2, 1), "b", 1},
+      {"StartAndCountOverChunks", "<%a%>\r\n<%b%>\r\n<%c%>\r\n<%d%>", q("#aspcode", "", 2, 2),
+       "b;c", 2, 4},
+      {"OneCharacterBetweenHidesOuter", abc, q("#aspcode", kOuter), "<%a%>;<%c%>", 2},
+      {"MissingCloseMarker", "<%a%>x<%b%>\r\n<%c\r\nd\r\n", Request{.separator = ","},
+       "ERROR: Found 'a,b,'--> Missing element end tag '%>'.", -1},
+      {"CloseSeveralChunksLater", "<%x" + line + line + "y%>z\r\n<%q%>", q("#aspcode"),
+       "x" + line + line + "y;q", 2, 8},
+      {"CloseStartsAChunk", "<%" + line + "%>after<%q%>", q("#aspcode"), line + ";q", 2, 8},
+      {"NonAsciiBefore", "\xC3\xA9\xE2\x82\xAC<%x%>", q("#aspcode"), "x", 1},
+      {"NonAsciiInside", "<%\xC3\xA9\xE2\x82\xAC%><%\xF0\x9F\x98\x80%>", q("#aspcode"),
        "\xC3\xA9\xE2\x82\xAC;\xF0\x9F\x98\x80", 2},
-      {"InvalidBytesKept", "\xFF<%\xFE\xC3 \xED\xA0\x80%>", aspcode(), "\xFE\xC3 \xED\xA0\x80", 1},
-  };
-  for (const ScanCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    ReadOutcome got = readDocument(c.document, c.request);
-    EXPECT_EQ(got.text, c.want);
-    EXPECT_EQ(got.matches, c.matches);
-  }
+      {"InvalidBytesKept", "\xFF<%\xFE\xC3 \xED\xA0\x80%>", q("#aspcode"), "\xFE\xC3 \xED\xA0\x80",
+       1},
+      {"ManyInstancesWhole", repeat("<%ab%>\r\n", 12000), q("#aspcode"),
+       repeat("ab;", 12000).substr(0, 35999), 12000},
+      {"LongInstanceWhole", "<%" + repeat(y + "\r\n", 500) + "%>", q("#aspcode"),
+       repeat(y + "\r\n", 500), 1},
+  });
 }
 
-TEST(ScanDocument, LongLinesAndTheSixteenBitLimit) {
-  const std::string filler(40000, 'x');
-  ReadOutcome far = readDocument("<%a%>" + filler + "<%b%>", aspcode());
-  EXPECT_EQ(far.text, "ERROR: Overflow.");
-  EXPECT_EQ(far.matches, -1);
-
-  ReadOutcome near = readDocument("<%a%>" + filler, aspcode());
-  EXPECT_EQ(near.text, "a");
-  EXPECT_EQ(near.matches, 1);
-
-  // The search for the next candidate runs after the last wanted instance too.
-  EXPECT_EQ(readDocument("<%a%>" + filler + "<%b%>", counted(1, 1)).text, "ERROR: Overflow.");
-
-  // An instance in an earlier chunk is found when the count ends the scan there.
-  const std::string firstChunk = "<%a%>" + std::string(2100, 'y') + ">\r\n";
-  EXPECT_EQ(readDocument(firstChunk + filler + "<%b%>", counted(1, 1)).text, "a");
-  EXPECT_EQ(readDocument(firstChunk + filler + "<%b%>", counted(1, 0)).text, "ERROR: Overflow.");
+TEST(ScanDocument, ElementsDeclarationsAndComments) {
+  const std::string list = "<li>a</li><li>b</li><li>c</li>", nested = "<p><b>x</b></p>";
+  const std::string titled = "<p class=x><b id=1>x</b></p>";
+  const std::string subset = "<!DOCTYPE n [\r\n<!ELEMENT n (to)>\r\n]>\r\n<n/>";
+  const std::string comments = "<!-- a --><!ELEMENT x (y)><!--b--><!foo>";
+  const std::string ete = "<p title=\"ÉTÉ\">x</p><p title=\"ete\">y</p><p title=\"été\">z</p>";
+  expectReads({
+      {"OuterHidesTheNeighbour", list, q("li", kOuter), "<li>a</li>;<li>c</li>", 2},
+      {"InnerSeesAllThree", list, q("li"), "a;b;c", 3},
+      {"PassedOverOuterShowsInside", nested, q("#element", kOuter, 2), "<b>x</b>", 1},
+      {"PassedOverInnerHidesInside", nested, q("#element", "", 2), "", 0},
+      {"RefusedOuterShowsInside", titled,
+       Request{.element = "#element", .attributeName = "id", .contentType = kOuter},
+       "<b id=1>x</b>", 1},
+      {"FirstCloseMarkerEnds", "<div><div>x</div>y</div>", q("div"), "<div>x", 1},
+      {"EmptyInstancesCountWithoutText", "<br/>\r\n<p></p>", q("#element"), "", 2},
+      {"NonAsciiValueInDocument", ete,
+       Request{.element = "p", .attributeName = "title", .attributeValue = "été"}, "x;z", 2},
+      {"NonAsciiValueInParameter", ete,
+       Request{.element = "p", .attributeName = "title", .attributeValue = "ÉTÉ"}, "x;z", 2},
+      {"UnendedTagPassedOver", "<p>one<p>two</p>", q("p", "", 2), "two", 1},
+      {"UnendedTagTaken", "<p>one", q("p"), "ERROR: Found ''--> Missing element end tag '</p>'.",
+       -1},
+      {"TagEndInNextChunk", "<p title=\"1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n\">x</p><p>y</p>", q("p"),
+       "y", 1, 1},
+      {"InnerTextOverChunks", "<div>\r\n<B>one</B>\r\ntwo\r\n</div>", q("div", kText), "one two", 1,
+       1},
+      {"InnerTextOfScript", "<p>if (a<b) {x}</p>", q("p", kText), "if (a<b) {x}", 1},
+      {"InnerTextWithOpenLt", "<p><a>b<c</p>", q("p", kText),
+       "ERROR: Invalid procedure call or argument.", -1},
+      {"InternalSubset", subset, q("#dtd"), "DOCTYPE n [\r\n<!ELEMENT n (to)>\r\n", 1},
+      {"InternalSubsetOuter", subset, q("#dtd", kOuter), "<!DOCTYPE n [\r\n<!ELEMENT n (to)>\r\n]>",
+       1},
+      {"CommentsBesideDeclarations", comments, q("#comment"), " a ;b;foo", 3},
+      {"CommentsOuter", comments, q("#comment", kOuter), "<!-- a -->;<!--b-->", 2},
+  });
 }
 
-TEST(ScanDocument, LongResultsAreWhole) {
-  std::string many;
-  for (int i = 0; i < 12000; ++i) many += "<%ab%>\r\n";
-  ReadOutcome got = readDocument(many, aspcode());
-  EXPECT_EQ(got.matches, 12000);
-  EXPECT_EQ(got.text.size(), 12000u * 3 - 1);
+// The transforms at work in the scan: a bad string function is no failure
+// of the operation but a text per instance, each span counts as a match
+// with its own separator, and "innertext" strips what either returns.
+TEST(ScanDocument, Transforms) {
+  const std::string prices = "<%Price: USD 120%>\r\n<%no price%>x<%Net 5%>";
+  const std::string format = "ERROR: Illegal String function format :0,E,0,2";
+  const std::string spans =
+      "<%<H2>One</h2> text <h3>Two</h3>%>\r\n<%none%>\r\n<%<h2>a</h2>b<h3>c</h3><h2>d</h2>e<h3>%>";
+  expectReads({
+      {"BadFormatPerInstance", prices, Request{.string = " 0,E,0,2 "},
+       format + ";" + format + ";" + format, 3},
+      {"StringThenInnerText", prices, Request{.contentType = kText, .string = "1,\"Net\",4,1"},
+       ";;5", 3},
+      // Each byte of an invalid sequence is a character of its own.
+      {"InvalidBytesCountOneEach", "<%\xE0\x80\xAF\xED\xA0\x80x%>", Request{.string = "1,x,-6,6"},
+       "\xE0\x80\xAF\xED\xA0\x80", 1},
+      {"SpansInner", spans, Request{.span = " H2 , H3 "}, " text ;b;e", 3},
+      // The separator reads as a tag and goes; the last cut then takes a letter.
+      {"SpansInnerText", spans, Request{.contentType = kText, .span = "h2,h3", .separator = "<x>"},
+       "textb ", 3},
+  });
+}
 
-  std::string longInstance = "<%";
-  for (int i = 0; i < 500; ++i) longInstance += std::string(98, 'y') + "\r\n";
-  longInstance += "%>";
-  got = readDocument(longInstance, aspcode());
-  EXPECT_EQ(got.matches, 1);
-  EXPECT_EQ(got.text.size(), 500u * 100);
+// One line is one chunk however long. Every position the scan and the
+// matchers compute is 16-bit, also one that is only compared (a tag end, the
+// "[" of a doctype): a hit out there fails the read, while an instance taken
+// before the scan gets that far is still returned.
+TEST(ScanDocument, OneLinePageLongerThan32767) {
+  const std::string x(40000, 'x'), overflow = "ERROR: Overflow.";
+  const std::string farCode = "<%a%>" + x + "<%b%>", nearChunk = "<%a%>" + x.substr(0, 2100);
+  const std::string farTag = "<p>x</p><p>z</p>" + x + "<p>y</p>";
+  const std::string farTagEnd = "<p>x</p><p " + x + ">y</p>";
+  const std::string doctype = "<!DOCTYPE html PUBLIC \"x\">" + x;
+  expectReads({
+      {"NoMarkerOutThere", "<%a%>" + x, q("#aspcode"), "a", 1},
+      {"FarMarker", farCode, q("#aspcode"), overflow, -1},
+      {"SearchBehindTheLastWantedRuns", farCode, q("#aspcode", "", 1, 1), overflow, -1},
+      {"CountEndsTheScanInAnEarlierChunk", nearChunk + ">\r\n" + farCode, q("#aspcode", "", 1, 1),
+       "a", 1},
+      {"FarNamedElement", farTag, q("p"), overflow, -1},
+      {"FarNamedElementNotReached", farTag, q("p", "", 1, 1), "x", 1},
+      {"FarAnyElement", farTag, q("#element"), overflow, -1},
+      {"FarTagEnd", farTagEnd, q("p"), overflow, -1},
+      {"NameEndBeyondLimit", std::string(32765, 'x') + "<p>y</p>", q("p"), overflow, -1},
+      {"FirstCharacterBeyondLimit", std::string(32766, 'x') + "<p>", q("#element"), overflow, -1},
+      {"DoctypeWithFarBracket", doctype + "[", q("#dtd"), overflow, -1},
+      {"DoctypeWithoutFarBracket", doctype, q("#dtd"), "DOCTYPE html PUBLIC \"x\"", 1},
+      {"CommentBeyondLimit", std::string(32764, 'x') + "<!--c-->", q("#comment"), overflow, -1},
+  });
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "support/fake_platform.h"
 
-#include <algorithm>
+#include <functional>
 
 #include "platform/host_path.h"
 #include "platform/wildcard.h"
@@ -10,22 +10,27 @@ namespace {
 
 std::pair<std::string, std::string> splitPath(const std::string& path) {
   std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return {"", path};
   return {path.substr(0, slash + 1), path.substr(slash + 1)};
 }
 
-class ScriptedRandom : public RandomGenerator {
- public:
-  explicit ScriptedRandom(std::vector<double> values) : values_(std::move(values)) {}
-  double next() override {
-    double value = values_.empty() ? 0.0 : values_[at_ % values_.size()];
-    ++at_;
-    return value;
+// Reads an open file's bytes through the platform, so that reads can fail.
+struct FakeSource : ByteSource {
+  FakeSource(const std::string& text, std::function<void()> onRead) : bytes(text), enter(onRead) {}
+  std::size_t read(char* buffer, std::size_t capacity) override {
+    enter();
+    std::size_t n = bytes.copy(buffer, capacity, at);
+    at += n;
+    return n;
   }
+  const std::string& bytes;
+  std::function<void()> enter;
+  std::size_t at = 0;
+};
 
- private:
-  std::vector<double> values_;
-  std::size_t at_ = 0;
+struct FixedRandom : RandomGenerator {
+  explicit FixedRandom(double fixed) : value(fixed) {}
+  double next() override { return value; }
+  double value;
 };
 
 }  // namespace
@@ -38,31 +43,8 @@ void FakePlatform::enter(const std::string& name) {
       if (crashImage->contains(path)) (*crashImage)[path] = kLostWrites;
     }
   }
-  bool byNumber = static_cast<int>(calls.size()) == failAt_;
-  bool byName = !failName_.empty() && name == failName_ && --failNameOccurrence_ == 0;
-  if (byNumber || byName) throw Failure(failKind_);
-}
-
-std::size_t FakePlatform::StringSource::read(char* buffer, std::size_t capacity) {
-  owner->enter("read");
-  std::size_t n = std::min(capacity, bytes.size() - at);
-  std::copy_n(bytes.data() + at, n, buffer);
-  at += n;
-  return n;
-}
-
-void FakePlatform::moveSyncState(const std::string& from, const std::string& to) {
-  if (unsynced_.erase(from) > 0) {
-    unsynced_.insert(to);
-  } else {
-    unsynced_.erase(to);
-  }
-}
-
-FakePlatform::OpenFile& FakePlatform::fileOf(Int16 fileNumber) {
-  auto it = open_.find(fileNumber.value());
-  if (it == open_.end()) throw Failure(Failure::Kind::kFileAccess);
-  return it->second;
+  bool byName = name == failName_ && --failNameOccurrence_ == 0;
+  if (byName || static_cast<int>(calls.size()) == failAt_) throw Failure(failKind_);
 }
 
 Int16 FakePlatform::nextFreeFileNumber() {
@@ -74,67 +56,48 @@ Int16 FakePlatform::nextFreeFileNumber() {
 
 void FakePlatform::openForInput(Int16 fileNumber, TextView path) {
   enter("openForInput");
-  std::string host = hostPath(path);
-  auto it = files.find(host);
+  auto it = files.find(hostPath(path));
   if (it == files.end()) throw Failure(Failure::Kind::kFileNotFound);
-  OpenFile file;
-  file.path = host;
-  file.source = std::make_unique<StringSource>();
-  file.source->bytes = it->second;
-  file.source->owner = this;
+  OpenFile& file = open_[fileNumber.value()] = {.path = it->first, .bytes = it->second};
+  file.source = std::make_unique<FakeSource>(file.bytes, [this] { enter("read"); });
   // A small block, so that lines run over block ends in every test.
   file.reader = std::make_unique<LineReader>(*file.source, 7);
-  open_[fileNumber.value()] = std::move(file);
 }
 
 void FakePlatform::openForOutput(Int16 fileNumber, TextView path) {
   enter("openForOutput");
   std::string host = hostPath(path);
-  auto [folder, name] = splitPath(host);
-  if (unreadableFolders.contains(folder)) throw Failure(Failure::Kind::kPermissionDenied);
-  OpenFile file;
-  file.path = host;
-  file.forOutput = true;
   files[host].clear();
+  made.insert(host);
   unsynced_.insert(host);
-  open_[fileNumber.value()] = std::move(file);
-}
-
-void FakePlatform::readLine(Int16 fileNumber, Text& chunk) {
-  fileOf(fileNumber).reader->readLine(chunk);
-}
-
-bool FakePlatform::endOfFile(Int16 fileNumber) {
-  OpenFile& file = fileOf(fileNumber);
-  return file.forOutput || file.reader->endOfFile();
+  open_[fileNumber.value()] = {.path = host, .bytes = ""};
 }
 
 void FakePlatform::writeText(Int16 fileNumber, TextView text) {
   enter("writeText");
-  OpenFile& file = fileOf(fileNumber);
-  appendEncoded(text, file.written);
+  OpenFile& file = open_.at(fileNumber.value());
+  appendEncoded(text, file.bytes);
   unsynced_.insert(file.path);
 }
 
 void FakePlatform::syncFile(Int16 fileNumber) {
   enter("syncFile");
-  OpenFile& file = fileOf(fileNumber);
-  files[file.path] = file.written;
+  const OpenFile& file = open_.at(fileNumber.value());
+  files[file.path] = file.bytes;
   unsynced_.erase(file.path);
 }
 
 void FakePlatform::closeFile(Int16 fileNumber) {
   enter("closeFile");
   auto it = open_.find(fileNumber.value());
-  if (it == open_.end()) return;
-  if (it->second.forOutput) files[it->second.path] = it->second.written;
-  open_.erase(it);
+  if (it != open_.end() && !it->second.reader) files[it->second.path] = it->second.bytes;
+  if (it != open_.end()) open_.erase(it);
 }
 
 void FakePlatform::closeAllFiles() {
   calls.push_back("closeAllFiles");
   for (auto& [number, file] : open_) {
-    if (file.forOutput) files[file.path] = file.written;
+    if (!file.reader) files[file.path] = file.bytes;
   }
   open_.clear();
 }
@@ -144,10 +107,8 @@ std::vector<std::string> FakePlatform::matching(TextView pattern) const {
   std::vector<std::string> found;
   for (const auto& [path, bytes] : files) {
     auto [fileFolder, name] = splitPath(path);
-    if (fileFolder != folder) continue;
-    if (hasWildcard(mask) ? (name[0] != '.' && matchesWildcard(mask, name)) : name == mask) {
-      found.push_back(path);
-    }
+    bool named = hasWildcard(mask) ? name[0] != '.' && matchesWildcard(mask, name) : name == mask;
+    if (fileFolder == folder && named) found.push_back(path);
   }
   return found;
 }
@@ -165,23 +126,18 @@ void FakePlatform::deleteMatchingFiles(TextView pattern) {
   }
 }
 
-void FakePlatform::renameFile(TextView from, TextView to) {
-  enter("renameFile");
+void FakePlatform::move(TextView from, TextView to, const char* call, bool refuseExisting) {
+  enter(call);
   std::string source = hostPath(from), target = hostPath(to);
   if (!files.contains(source)) throw Failure(Failure::Kind::kFileNotFound);
-  if (files.contains(target)) throw Failure(Failure::Kind::kFileExists);
+  if (refuseExisting && files.contains(target)) throw Failure(Failure::Kind::kFileExists);
   files[target] = std::move(files[source]);
   files.erase(source);
-  moveSyncState(source, target);
-}
-
-void FakePlatform::replaceFile(TextView from, TextView to) {
-  enter("replaceFile");
-  std::string source = hostPath(from), target = hostPath(to);
-  if (!files.contains(source)) throw Failure(Failure::Kind::kFileNotFound);
-  files[target] = std::move(files[source]);
-  files.erase(source);
-  moveSyncState(source, target);
+  if (unsynced_.erase(source) > 0) {
+    unsynced_.insert(target);
+  } else {
+    unsynced_.erase(target);
+  }
 }
 
 bool FakePlatform::linkFile(TextView from, TextView to) {
@@ -195,19 +151,8 @@ bool FakePlatform::linkFile(TextView from, TextView to) {
   return true;
 }
 
-void FakePlatform::syncFolderOf(TextView) { enter("syncFolderOf"); }
-
-void FakePlatform::copyAttributes(TextView, TextView) { enter("copyAttributes"); }
-
-Text FakePlatform::resolveLinks(TextView path) {
-  enter("resolveLinks");
-  return Text(path);
-}
-
 std::vector<Text> FakePlatform::listMatchingFiles(TextView pattern) {
   enter("listMatchingFiles");
-  auto [folder, mask] = splitPath(hostPath(pattern));
-  if (unreadableFolders.contains(folder)) throw Failure(Failure::Kind::kPermissionDenied);
   std::vector<Text> names;
   for (const std::string& path : matching(pattern))
     names.push_back(fromUtf8(splitPath(path).second));
@@ -217,20 +162,13 @@ std::vector<Text> FakePlatform::listMatchingFiles(TextView pattern) {
 LocalTime FakePlatform::localTime(int daysAgo) {
   enter("localTime");
   LocalTime t = now;
-  // Enough calendar for the tests: days within one month, else the month before.
-  t.day -= daysAgo;
-  if (t.day < 1) {
-    t.month = t.month == 1 ? 12 : t.month - 1;
-    t.day += 30;
-  }
+  t.day -= daysAgo;  // enough calendar for the tests: days within one month
   return t;
 }
 
 std::unique_ptr<RandomGenerator> FakePlatform::seededRandom() {
   enter("seededRandom");
-  return std::make_unique<ScriptedRandom>(randomValues);
+  return std::make_unique<FixedRandom>(random);
 }
-
-std::optional<std::string> FakePlatform::readSettingsFile() { return settings; }
 
 }  // namespace tagwright

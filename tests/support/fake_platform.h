@@ -15,25 +15,21 @@ namespace tagwright {
 
 // A platform that keeps its files in memory, by host path ("/web/a.htm" for
 // the physical "C:\web\a.htm"), logs every call by name, and can fail any
-// call: `failCall(n, kind)` makes the n-th call from now on throw that
-// failure (or, for linkFile, answer "no hard links" when kind is nullopt).
+// call: `failCall(n, kind)` makes the n-th call from now on throw, and
+// `failNamedCall(name, kind, k)` the k-th call of that name.
 class FakePlatform : public Platform {
  public:
-  // Files, by host path. Folders exist implicitly where a file lies in them,
-  // or when added.
   std::map<std::string, std::string> files;
-  std::set<std::string> folders;
-  std::set<std::string> unreadableFolders;
+  std::set<std::string> made;  // every file ever opened for output
   std::optional<std::string> settings;
   LocalTime now{11, 19, 0, 43, 51};
-  std::vector<double> randomValues{0.4375};
+  double random = 0.4375;
   bool hardLinks = true;
   std::vector<std::string> calls;
 
-  // Power-cut simulation: when call number `crashAtCall` (counted over
-  // `calls`, from 1) begins, `crashImage` becomes the files as a power cut
-  // would leave them: a file written or made since its last sync holds
-  // kLostWrites instead of its text. The run itself goes on.
+  // Power cut: when call number `crashAtCall` begins, `crashImage` becomes
+  // the files as a power cut would leave them: a file written or made since
+  // its last sync holds kLostWrites. The run itself goes on.
   static constexpr const char* kLostWrites = "<lost in the power cut>";
   int crashAtCall = -1;
   std::optional<std::map<std::string, std::string>> crashImage;
@@ -52,45 +48,41 @@ class FakePlatform : public Platform {
   Int16 nextFreeFileNumber() override;
   void openForInput(Int16 fileNumber, TextView path) override;
   void openForOutput(Int16 fileNumber, TextView path) override;
-  void readLine(Int16 fileNumber, Text& chunk) override;
-  bool endOfFile(Int16 fileNumber) override;
+  void readLine(Int16 fileNumber, Text& chunk) override {
+    open_.at(fileNumber.value()).reader->readLine(chunk);
+  }
+  bool endOfFile(Int16 fileNumber) override {
+    return open_.at(fileNumber.value()).reader->endOfFile();
+  }
   void writeText(Int16 fileNumber, TextView text) override;
   void syncFile(Int16 fileNumber) override;
   void closeFile(Int16 fileNumber) override;
   void closeAllFiles() override;
   bool firstMatchingFile(TextView pattern) override;
   void deleteMatchingFiles(TextView pattern) override;
-  void renameFile(TextView from, TextView to) override;
-  void replaceFile(TextView from, TextView to) override;
+  void renameFile(TextView from, TextView to) override { move(from, to, "renameFile", true); }
+  void replaceFile(TextView from, TextView to) override { move(from, to, "replaceFile", false); }
   bool linkFile(TextView from, TextView to) override;
-  void syncFolderOf(TextView path) override;
-  void copyAttributes(TextView from, TextView to) override;
-  Text resolveLinks(TextView path) override;
+  void syncFolderOf(TextView) override { enter("syncFolderOf"); }
+  void copyAttributes(TextView, TextView) override { enter("copyAttributes"); }
+  Text resolveLinks(TextView path) override { return enter("resolveLinks"), Text(path); }
   std::vector<Text> listMatchingFiles(TextView pattern) override;
   LocalTime localTime(int daysAgo) override;
   std::unique_ptr<RandomGenerator> seededRandom() override;
-  std::optional<std::string> readSettingsFile() override;
+  std::optional<std::string> readSettingsFile() override { return settings; }
 
  private:
-  struct StringSource : ByteSource {
-    std::string bytes;
-    std::size_t at = 0;
-    FakePlatform* owner = nullptr;
-    std::size_t read(char* buffer, std::size_t capacity) override;
-  };
   struct OpenFile {
     std::string path;
-    bool forOutput = false;
-    std::string written;
-    std::unique_ptr<StringSource> source;
-    std::unique_ptr<LineReader> reader;
+    std::string bytes;  // what is read, or what was written
+    std::unique_ptr<ByteSource> source = nullptr;
+    std::unique_ptr<LineReader> reader = nullptr;  // for input only
   };
 
   // Logs the call and throws when it is the one to fail.
   void enter(const std::string& name);
   std::vector<std::string> matching(TextView pattern) const;
-  OpenFile& fileOf(Int16 fileNumber);
-  void moveSyncState(const std::string& from, const std::string& to);
+  void move(TextView from, TextView to, const char* call, bool refuseExisting);
 
   std::map<int, OpenFile> open_;
   std::set<std::string> unsynced_;

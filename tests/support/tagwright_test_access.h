@@ -16,22 +16,6 @@ class TagwrightTestAccess {
     instance.bufferLength = length;
   }
   static std::int32_t bufferLength(const Tagwright& instance) { return instance.bufferLength; }
-  static bool allowPhysicalDocRead(const Tagwright& instance) {
-    return instance.allowPhysicalDocRead;
-  }
-  static bool allowPhysicalDocWrite(const Tagwright& instance) {
-    return instance.allowPhysicalDocWrite;
-  }
-  static bool allowPhysicalFileList(const Tagwright& instance) {
-    return instance.allowPhysicalFileList;
-  }
-  // What the administrator's settings would refuse, without a settings file.
-  static void setAllowPhysicalDocRead(Tagwright& instance, bool allow) {
-    instance.allowPhysicalDocRead = allow;
-  }
-  static void setAllowPhysicalFileList(Tagwright& instance, bool allow) {
-    instance.allowPhysicalFileList = allow;
-  }
 };
 
 }  // namespace tagwright

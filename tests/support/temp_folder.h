@@ -3,42 +3,38 @@
 
 #include <stdlib.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <stdexcept>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "platform/host_path.h"
 #include "platform/text.h"
 
 namespace tagwright {
 
-// A fresh folder on the real file system for tests of the POSIX platform,
-// removed with all it holds at the end of its scope.
+// A fresh folder on the real file system, removed with all it holds at the
+// end of its scope. `host(name)` is the path of `name` in it on this system,
+// `physical(name)` the same path in the component's language.
 class TempFolder {
  public:
-  TempFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tagwright-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    root_ = pattern;
+  TempFolder() : root_((std::filesystem::temp_directory_path() / "tagwright-XXXXXX").string()) {
+    if (::mkdtemp(root_.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
   }
   ~TempFolder() {
     std::error_code ignored;
+    std::filesystem::permissions(root_, std::filesystem::perms::owner_all, ignored);
     std::filesystem::remove_all(root_, ignored);
   }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
 
-  std::filesystem::path path() const { return root_; }
-  // The host path of `name` in the folder, and its physical form ("\tmp\...").
-  std::string host(const std::string& name) const { return root_ + "/" + name; }
-  std::string physical(const std::string& name) const { return toUtf8(physicalPathOf(host(name))); }
-  std::string file(const std::string& name) const { return host(name); }
-
+  std::string host(const std::string& name = "") const { return root_ + "/" + name; }
+  std::string physical(const std::string& name = "") const {
+    return toUtf8(physicalPathOf(host(name)));
+  }
   void write(const std::string& name, const std::string& bytes) const {
     std::filesystem::create_directories(std::filesystem::path(host(name)).parent_path());
     std::ofstream(host(name), std::ios::binary) << bytes;
@@ -47,15 +43,14 @@ class TempFolder {
   std::optional<std::string> read(const std::string& name) const {
     std::ifstream in(host(name), std::ios::binary);
     if (!in) return std::nullopt;
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return std::string(std::istreambuf_iterator<char>(in), {});
   }
-  // The names in the folder (not recursive), hidden ones included.
-  std::vector<std::string> names(const std::string& subfolder = "") const {
-    std::vector<std::string> out;
-    for (const auto& entry : std::filesystem::directory_iterator(host(subfolder))) {
-      out.push_back(entry.path().filename().string());
+  // The names in a folder, hidden ones included.
+  std::set<std::string> names(const std::string& folder = "") const {
+    std::set<std::string> out;
+    for (const auto& entry : std::filesystem::directory_iterator(host(folder))) {
+      out.insert(entry.path().filename().string());
     }
-    std::sort(out.begin(), out.end());
     return out;
   }
 

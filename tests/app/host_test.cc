@@ -1,0 +1,139 @@
+// The `tagwright` host in-process on real files: `read` and `write` with
+// their output forms and exit statuses, usage errors, --help, the settings
+// file, and the page context that refuses paths above the site root.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "site_context.h"
+#include "support/requests.h"
+#include "support/temp_folder.h"
+
+namespace tagwright {
+namespace {
+
+using Args = std::vector<std::string>;
+using std::string_literals::operator""s;
+
+// Each row runs one command line in a site folder, where an argument "$x"
+// stands for the path of x in it; `file` is then checked to hold `bytes`.
+TEST(Host, CommandLines) {
+  const std::string virtualOnly = "ERROR: Virtual file paths can only be used when running in ASP.";
+  const struct {
+    Args arguments;
+    int status;
+    std::string out;
+    std::string err;  // a part of what the run writes there
+    std::string input = "";
+    std::string file = "page.asp";
+    std::string bytes = "<?xml version=\"1.0\"?>\r\n<%a=1%><p>x</p>\r\n<%b%>\r\n";
+  } cases[] = {
+      {Args{"read", "/page.asp", "--root", "$", "--element-name", "#aspcode", "--separator", ";",
+            "--json"},
+       0, "{\"result\":\"a=1;b\",\"matchesFound\":2}\n", ""},
+      {Args{"read", "/page.asp", "--root", "$", "--element-name=#aspcode", "--separator=;",
+            "--content-type", "outerMarkup", "--json"},
+       0, "{\"result\":\"<%a=1%>;<%b%>\",\"matchesFound\":2}\n", ""},
+      {Args{"read", "/page.asp", "--root", "$", "--element-name", "#pi", "--json"}, 0,
+       "{\"result\":\"xml version=\\\"1.0\\\"\",\"matchesFound\":1}\n", ""},
+      {Args{"read", "/page.asp", "--root", "$", "--element-name", "#aspcode", "--start-instance",
+            "2", "--json"},
+       0, "{\"result\":\"b\",\"matchesFound\":1}\n", ""},
+      {Args{"read", "$page.asp", "--element-name", "#aspcode", "--json"}, 0,
+       "{\"result\":\"a=1\\u0000b\",\"matchesFound\":2}\n", ""},
+      {Args{"read", "$page.asp", "--element-name", "#aspcode", "--separator=--"}, 0, "a=1--b-",
+       "matches: 2\n"},
+      {Args{"read", "page.asp", "--no-context", "--element-name", "#aspcode", "--json"}, 1,
+       "{\"result\":\"" + virtualOnly + "\",\"matchesFound\":-1}\n", ""},
+      {Args{"read", "/../page.asp", "--root", "$sub", "--element-name", "#aspcode"}, 1,
+       "ERROR: Unidentified Error while validating parameters.", "matches: -1\n"},
+      {Args{"read", "$bytes.asp", "--element-name", "#aspcode", "--json"}, 0,
+       "{\"result\":\"\xEF\xBF\xBD\xC3\xA9\",\"matchesFound\":1}\n", ""},
+      {Args{"write", "$a.htm", "--element-name", "#aspcode", "--new-content", " a\tb "}, 0, "old",
+       "matches: 1\n", "", "a.htm", "<% a\tb %>\r\n"},
+      {Args{"write", "$b.htm", "--element-name", "#aspcode", "--new-content-file", "$content"}, 0,
+       "old", "matches: 1\n", "", "b.htm", "<%A\r\nB\0C\xff\n%>\r\n"s},
+      {Args{"write", "$c.htm", "--element-name", "#aspcode", "--new-content-file", "-"}, 0, "old",
+       "matches: 1\n", "S\r\n\x80", "c.htm", "<%S\r\n\x80%>\r\n"},
+      {Args{"write", "$d.htm", "--element-name", "#aspcode", "--new-content-file", "$none"}, 2, "",
+       "cannot read --new-content-file", "", "d.htm", "<%old%>"},
+      {Args{}, 2, "", "tagwright:"},
+      {Args{"read", "/a.htm", "--start-instance", "32768"}, 2, "", "tagwright:"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.arguments));
+    TempFolder site;
+    site.write("page.asp", "<?xml version=\"1.0\"?>\r\n<%a=1%><p>x</p>\r\n<%b%>\r\n");
+    site.write("bytes.asp", "<%\xFF\xC3\xA9%>");
+    site.write("content", "A\r\nB\0C\xff\n"s);
+    for (const char* name : {"a.htm", "b.htm", "c.htm", "d.htm"}) site.write(name, "<%old%>");
+    Args arguments = c.arguments;
+    for (std::string& argument : arguments) {
+      if (argument.starts_with("$")) argument = site.host(argument.substr(1));
+    }
+    HostRun run = runTagwright(arguments, nullptr, c.input);
+    EXPECT_EQ(run.status, c.status) << run.err;
+    EXPECT_EQ(run.out, c.out);
+    EXPECT_NE(run.err.find(c.err), std::string::npos) << run.err;
+    EXPECT_EQ(site.read(c.file).value_or(""), c.bytes);
+  }
+}
+
+TEST(Host, HelpNamesTheSettings) {
+  HostRun help = runTagwright({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const char* word :
+       {"read", "write", "meta", "list", "TAGWRIGHT_SETTINGS", "/etc/tagwright/settings.conf",
+        "BufferLengthCharacters", "AllowVirtualDocReadOnly", "AllowVirtualDocWriteOnly",
+        "AllowVirtualFileListOnly"}) {
+    EXPECT_NE(help.out.find(word), std::string::npos) << word;
+  }
+}
+
+// The host reads the settings file that TAGWRIGHT_SETTINGS names, as the
+// component does; one it cannot create the component from ends the run.
+TEST(Host, SettingsFile) {
+  TempFolder folder;
+  folder.write("page.htm", "<%a%>");
+  const std::tuple<std::string, HostRun> cases[] = {
+      {"AllowVirtualDocWriteOnly=1\n", HostRun{0, "a", "matches: 1\n"}},
+      {"AllowVirtualDocReadOnly=1\n",
+       HostRun{1, "ERROR: The use of physical file paths is denied by the administrator.",
+               "matches: -1\n"}},
+      {"BufferLengthCharacters=4294967296\n", HostRun{1, "", "BufferLengthCharacters"}},
+  };
+  ::setenv("TAGWRIGHT_SETTINGS", folder.host("settings.conf").c_str(), 1);
+  for (const auto& [settings, want] : cases) {
+    SCOPED_TRACE(settings);
+    folder.write("settings.conf", settings);
+    HostRun run =
+        runTagwright({"read", "C:" + folder.host("page.htm"), "--element-name", "#aspcode"});
+    EXPECT_EQ(run.status, want.status);
+    EXPECT_EQ(run.out, want.out);
+    EXPECT_NE(run.err.find(want.err), std::string::npos) << run.err;
+  }
+  ::unsetenv("TAGWRIGHT_SETTINGS");
+}
+
+TEST(SiteContext, RefusesEveryClimbAboveTheRoot) {
+  // Root, working folder, path, and what it maps to; empty where refused.
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
+      {"/srv/site", "/srv/site/news", "a.htm", "\\srv\\site\\news\\a.htm"},
+      {"/srv/x/../site/", "/", "//x/./y/../a.htm", "\\srv\\site\\x\\a.htm"},
+      {"/srv/site", "/", "/../site/a.htm", ""},
+      {"/srv/site", "/srv/site/news", "../../a.htm", ""},
+      {"/srv/site", "/srv/sitex", "a.htm", ""},
+  };
+  for (const auto& [root, workingFolder, path, want] : cases) {
+    SCOPED_TRACE(std::string(workingFolder) + " " + path);
+    try {
+      EXPECT_EQ(SiteContext(root, workingFolder).Server().MapPath(path), want);
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.description(), "Path is outside the site root");
+      EXPECT_STREQ(want, "");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tagwright

@@ -1,0 +1,117 @@
+#ifndef TAGWRIGHT_TESTS_SUPPORT_REQUESTS_H_
+#define TAGWRIGHT_TESTS_SUPPORT_REQUESTS_H_
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host.h"
+#include "support/fake_platform.h"
+#include "support/tagwright_test_access.h"
+#include "tagwright/tagwright.h"
+
+namespace tagwright {
+
+// A readXPointer or writeXPointer request with the operations' defaults, in
+// the order of their parameters, for rows like Request{.element = "p"}.
+struct Request {
+  std::string document = "C:\\doc.htm";
+  std::string element = "#aspcode";
+  std::string attributeName = "*";
+  std::string attributeValue = "*";
+  std::int16_t start = 1;
+  std::int16_t count = 0;
+  std::string contentType = "innerMarkup";
+  std::string span = "";
+  std::string string = "";
+  std::string separator = ";";
+  std::string newContent = "NEW";
+};
+
+// The text and MatchesFound of a read; ErrorResult and the result of a
+// rewrite.
+struct Outcome {
+  std::string text;
+  int matches = 0;
+  bool operator==(const Outcome&) const = default;
+  friend std::ostream& operator<<(std::ostream& out, const Outcome& o) {
+    return out << '[' << o.text << "] " << o.matches;
+  }
+};
+
+// A page context whose MapPath is `map`.
+inline std::shared_ptr<ScriptingContext> mappedContext(
+    std::function<std::string(const std::string&)> map) {
+  struct Context : ScriptingContext, PageServer {
+    std::function<std::string(const std::string&)> map;
+    PageServer& Server() override { return *this; }
+    std::string MapPath(const std::string& path) override { return map(path); }
+  };
+  auto context = std::make_shared<Context>();
+  context->map = std::move(map);
+  return context;
+}
+
+// Maps "/x" to "C:\site\x", a physical path the fake platform serves.
+inline std::string underSite(const std::string& path) {
+  std::string physical = "C:\\site";
+  for (char c : path) physical += c == '/' ? '\\' : c;
+  return physical;
+}
+
+// Runs the request on a new instance of `platform`, with the page context if
+// one is given; a `bufferLength` above zero replaces the chunk length.
+inline Outcome read(Platform& platform, const Request& r, std::int32_t bufferLength = 2048,
+                    std::shared_ptr<ScriptingContext> context = nullptr) {
+  Tagwright instance(platform);
+  if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
+  if (context) instance.OnStartPage(context);
+  Outcome o;
+  o.text = instance.readXPointer(r.document, r.element, r.attributeName, r.attributeValue, r.start,
+                                 r.count, r.contentType, r.span, r.string, r.separator, &o.matches);
+  return o;
+}
+
+inline Outcome write(Platform& platform, const Request& r, std::int32_t bufferLength = 2048) {
+  Tagwright instance(platform);
+  if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
+  Outcome o;
+  o.matches =
+      instance.writeXPointer(r.newContent, r.document, r.element, r.attributeName, r.attributeValue,
+                             r.start, r.count, r.contentType, r.span, r.separator, &o.text);
+  return o;
+}
+
+// Reads a document of the given bytes at C:\doc.htm.
+inline Outcome readDocument(const std::string& bytes, const Request& r,
+                            std::int32_t bufferLength = 2048) {
+  FakePlatform platform;
+  platform.files["/doc.htm"] = bytes;
+  return read(platform, r, bufferLength);
+}
+
+struct HostRun {
+  int status;
+  std::string out;
+  std::string err;
+  bool operator==(const HostRun&) const = default;
+  friend std::ostream& operator<<(std::ostream& out, const HostRun& r) {
+    return out << r.status << " [" << r.out << "] [" << r.err << ']';
+  }
+};
+
+// Runs a `tagwright` command line in-process, on `platform` or the system's.
+inline HostRun runTagwright(const std::vector<std::string>& arguments, Platform* platform = nullptr,
+                            const std::string& input = "") {
+  std::istringstream in(input);
+  std::ostringstream out, err;
+  int status = runHost(arguments, in, out, err, platform);
+  return {status, out.str(), err.str()};
+}
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_TESTS_SUPPORT_REQUESTS_H_
