@@ -1,6 +1,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
@@ -50,22 +51,6 @@ TAGWRIGHT_VECTOR_CLONES void lowerAscii(const char32_t* text, std::size_t n, cha
   for (std::size_t i = 0; i < n; ++i) {
     char32_t c = text[i];
     target[i] = c + ((c - U'A' < 26u) ? 32u : 0u);
-  }
-}
-
-// Lower-cases the characters outside ASCII that lowerAscii left as they were,
-// looking at them block by block so that ASCII blocks cost one vector test.
-TAGWRIGHT_VECTOR_CLONES void lowerBeyondAscii(char32_t* text, std::size_t n,
-                                              char32_t (*lowerOne)(char32_t)) {
-  constexpr std::size_t kBlock = 32;
-  for (std::size_t start = 0; start < n; start += kBlock) {
-    std::size_t end = std::min(n, start + kBlock);
-    char32_t any = 0;
-    for (std::size_t i = start; i < end; ++i) any |= text[i];
-    if (any < 0x80) continue;
-    for (std::size_t i = start; i < end; ++i) {
-      if (text[i] >= 0x80) text[i] = lowerOne(text[i]);
-    }
   }
 }
 
@@ -185,6 +170,12 @@ void appendDecoded(std::string_view utf8, Text& out) {
       ++i;
       continue;
     }
+    // Two-byte sequences (Latin, Greek, Cyrillic) inline; the rest checked whole.
+    if (b >= 0xC2 && b <= 0xDF && i + 1 < n && isContinuation(source[i + 1])) {
+      target[written++] = (char32_t{b & 0x1Fu} << 6) | (source[i + 1] & 0x3Fu);
+      i += 2;
+      continue;
+    }
     char32_t code;
     std::size_t length = decodeSequence(utf8, i, code);
     if (length == 0) {
@@ -245,8 +236,40 @@ std::string toUtf8(TextView text) {
   return out;
 }
 
+namespace {
+
+// The mapping of the first 1280 characters (Latin, Greek, Cyrillic) as a
+// direct table, made from the sorted pairs when the program is compiled.
+constexpr char32_t kDirectLimit = 0x500;
+constexpr std::array<char32_t, kDirectLimit> kDirectLower = [] {
+  std::array<char32_t, kDirectLimit> table{};
+  for (char32_t c = 0; c < kDirectLimit; ++c) table[c] = c;
+  for (const LowerPair& pair : kLowerTable) {
+    if (pair.code < kDirectLimit) table[pair.code] = pair.lower;
+  }
+  return table;
+}();
+
+// Lower-cases the characters outside ASCII that lowerAscii left as they were,
+// looking at them block by block so that ASCII blocks cost one vector test.
+TAGWRIGHT_VECTOR_CLONES void lowerBeyondAscii(char32_t* text, std::size_t n) {
+  constexpr std::size_t kBlock = 32;
+  for (std::size_t start = 0; start < n; start += kBlock) {
+    std::size_t end = std::min(n, start + kBlock);
+    char32_t any = 0;
+    for (std::size_t i = start; i < end; ++i) any |= text[i];
+    if (any < 0x80) continue;
+    for (std::size_t i = start; i < end; ++i) {
+      char32_t c = text[i];
+      if (c >= 0x80) text[i] = c < kDirectLimit ? kDirectLower[c] : lowerChar(c);
+    }
+  }
+}
+
+}  // namespace
+
 char32_t lowerChar(char32_t c) {
-  if (c < 0x80) return (c >= U'A' && c <= U'Z') ? c + 32 : c;
+  if (c < kDirectLimit) return kDirectLower[c];
   const LowerPair* end = std::end(kLowerTable);
   const LowerPair* at = std::lower_bound(std::begin(kLowerTable), end, c,
                                          [](const LowerPair& p, char32_t v) { return p.code < v; });
@@ -258,7 +281,7 @@ void lowerInto(TextView text, Text& out) {
   // Arithmetic lower-cases ASCII and leaves every other character as it is;
   // the few characters beyond ASCII are then mapped by the table.
   lowerAscii(text.data(), text.size(), out.data());
-  if (!isAsciiText(text.data(), text.size())) lowerBeyondAscii(out.data(), out.size(), lowerChar);
+  if (!isAsciiText(text.data(), text.size())) lowerBeyondAscii(out.data(), out.size());
 }
 
 Text lower(TextView text) {
