@@ -113,8 +113,13 @@ void DocumentScan::run(Int16& matchesFound) {
   while (!chunkText_.empty() && countRemaining_ >= 1) {
     outputText_.clear();
     copyFrom_ = 1;
-    lowerInto(chunkText_, chunkLower_);
-    Int16 contentStart = search(chunkLower_, type_.openMarker, 1);
+    // Most chunks of a search for a rare part hold no candidate at all; they
+    // are told without making the lower-cased copy.
+    Int16 contentStart = 0;
+    if (holdsLowered(chunkText_, type_.openMarker)) {
+      lowerInto(chunkText_, chunkLower_);
+      contentStart = search(chunkLower_, type_.openMarker, 1);
+    }
     if (contentStart == 0) {
       if (writeMode_) state_.rewrite->write(chunkText_);  // W2
       nextChunk();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
@@ -154,22 +155,27 @@ void appendDecoded(std::string_view utf8, Text& out) {
   std::size_t i = 0;
   std::size_t written = 0;
   while (i < n) {
-    // ASCII runs are the common case: widen them eight bytes at a time.
-    while (i + 8 <= n) {
+    if (i + 8 <= n) {
+      // Widen eight bytes at once and keep the ASCII ones in front of the
+      // first byte beyond ASCII; the rest is written again behind. Since no
+      // character takes less than a byte, the eight slots are there.
       std::uint64_t word;
       std::memcpy(&word, source + i, 8);
-      if (word & 0x8080808080808080ull) break;
       for (std::size_t k = 0; k < 8; ++k) target[written + k] = source[i + k];
-      i += 8;
-      written += 8;
-    }
-    if (i >= n) break;
-    unsigned char b = source[i];
-    if (b < 0x80) {
-      target[written++] = b;
-      ++i;
+      std::uint64_t high = word & 0x8080808080808080ull;
+      if (high == 0) {
+        i += 8;
+        written += 8;
+        continue;
+      }
+      std::size_t ascii = static_cast<std::size_t>(std::countr_zero(high)) / 8;
+      i += ascii;
+      written += ascii;
+    } else if (source[i] < 0x80) {
+      target[written++] = source[i++];
       continue;
     }
+    unsigned char b = source[i];
     // Two-byte sequences (Latin, Greek, Cyrillic) inline; the rest checked whole.
     if (b >= 0xC2 && b <= 0xDF && i + 1 < n && isContinuation(source[i + 1])) {
       target[written++] = (char32_t{b & 0x1Fu} << 6) | (source[i + 1] & 0x3Fu);
@@ -259,11 +265,21 @@ TAGWRIGHT_VECTOR_CLONES void lowerBeyondAscii(char32_t* text, std::size_t n) {
     char32_t any = 0;
     for (std::size_t i = start; i < end; ++i) any |= text[i];
     if (any < 0x80) continue;
+    // ASCII is lowered already and maps to itself in the direct table, so
+    // the one branch left is the rare character beyond the table.
     for (std::size_t i = start; i < end; ++i) {
       char32_t c = text[i];
-      if (c >= 0x80) text[i] = c < kDirectLimit ? kDirectLower[c] : lowerChar(c);
+      text[i] = c < kDirectLimit ? kDirectLower[c] : lowerChar(c);
     }
   }
+}
+
+constexpr bool noPunctuationFromBeyondAscii() {
+  for (const LowerPair& pair : kLowerTable) {
+    bool letter = (pair.lower >= U'a' && pair.lower <= U'z');
+    if (pair.code >= 0x80 && pair.lower < 0x80 && !letter) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -297,6 +313,23 @@ Int16 search(TextView text, TextView what, Int16 from) {
   std::size_t at = findFrom(text, what, start);
   if (at == TextView::npos) return 0;
   return Int16::fromSize(at + 1);
+}
+
+bool holdsLowered(TextView text, TextView lowerWhat) {
+  if (lowerWhat.empty()) return true;
+  // Only an ASCII letter has a capital, and no character beyond ASCII
+  // lower-cases to ASCII punctuation, so the first character is found as it is.
+  static_assert(noPunctuationFromBeyondAscii(), "the lower-case table maps onto ASCII punctuation");
+  const char32_t* end = text.data() + text.size();
+  const char32_t* at = text.data();
+  while (const char32_t* hit = findChar(at, end, lowerWhat[0])) {
+    if (static_cast<std::size_t>(end - hit) < lowerWhat.size()) return false;
+    std::size_t k = 1;
+    while (k < lowerWhat.size() && lowerChar(hit[k]) == lowerWhat[k]) ++k;
+    if (k == lowerWhat.size()) return true;
+    at = hit + 1;
+  }
+  return false;
 }
 
 TextView left(TextView text, Int16 count) {

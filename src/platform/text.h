@@ -52,6 +52,12 @@ inline int ansiCode(char32_t c) { return c < 128 ? static_cast<int>(c) : 128; }
 // Where <algorithm> is visible, call it as tagwright::search: std::search is
 // found by argument-dependent lookup and wins for two arguments of one type.
 Int16 search(TextView text, TextView what, Int16 from);
+// True when lower(text) holds `lowerWhat`, found without making the
+// lower-cased copy: a chunk that holds no opening marker needs none.
+// REQUIRES: lowerWhat is lower case and begins with an ASCII character
+// other than a letter (every opening marker begins with "<").
+bool holdsLowered(TextView text, TextView lowerWhat);
+
 // The first or last `count` characters, or all of them if there are fewer.
 TextView left(TextView text, Int16 count);
 TextView right(TextView text, Int16 count);
