@@ -42,6 +42,19 @@ TAGWRIGHT_VECTOR_CLONES void narrow(const char32_t* text, std::size_t n, unsigne
   for (std::size_t i = 0; i < n; ++i) target[i] = static_cast<unsigned char>(text[i]);
 }
 
+TAGWRIGHT_VECTOR_CLONES std::size_t encodedSize(const char32_t* text, std::size_t n) {
+  std::size_t bytes = n;
+  for (std::size_t i = 0; i < n; ++i) {
+    char32_t c = text[i];
+    // A raw byte lies above every code point and is written as one byte.
+    bool raw = c >= kRawByteBase;
+    bytes += static_cast<std::size_t>(!raw) *
+             (static_cast<std::size_t>(c >= 0x80) + static_cast<std::size_t>(c >= 0x800) +
+              static_cast<std::size_t>(c >= 0x10000));
+  }
+  return bytes;
+}
+
 TAGWRIGHT_VECTOR_CLONES bool isAsciiText(const char32_t* text, std::size_t n) {
   char32_t any = 0;
   for (std::size_t i = 0; i < n; ++i) any |= text[i];
@@ -208,14 +221,27 @@ void appendEncoded(TextView text, std::string& out) {
     narrow(text.data(), text.size(), reinterpret_cast<unsigned char*>(out.data() + base));
     return;
   }
-  std::size_t bytes = 0;
-  for (char32_t c : text) {
-    bytes += c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : c < kRawByteBase ? 4 : 1;
-  }
+  const std::size_t bytes = encodedSize(text.data(), text.size());
   out.resize(base + bytes);
   unsigned char* target = reinterpret_cast<unsigned char*>(out.data() + base);
   std::size_t n = 0;
-  for (char32_t c : text) {
+  std::size_t i = 0;
+  while (i < text.size()) {
+    if (i + 8 <= text.size()) {
+      // Narrow eight characters at once and keep the ASCII ones in front of
+      // the first one beyond; every character left takes a byte or more, so
+      // the eight bytes are there.
+      unsigned mask = 0;
+      for (unsigned k = 0; k < 8; ++k) {
+        target[n + k] = static_cast<unsigned char>(text[i + k]);
+        mask |= static_cast<unsigned>(text[i + k] >= 0x80) << k;
+      }
+      std::size_t ascii = mask == 0 ? 8 : static_cast<std::size_t>(std::countr_zero(mask));
+      i += ascii;
+      n += ascii;
+      if (ascii == 8) continue;
+    }
+    char32_t c = text[i++];
     if (c < 0x80) {
       target[n++] = static_cast<unsigned char>(c);
     } else if (c < 0x800) {
