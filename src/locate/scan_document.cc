@@ -197,8 +197,7 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
 }  // namespace
 
 Text scanDocument(const CallContext& call, std::string& scanResult, const Query& query,
-                  Int16 fileNumber,
-                  bool writeMode, TextView NewContent, Int16& MatchesFound) {
+                  Int16 fileNumber, bool writeMode, TextView NewContent, Int16& MatchesFound) {
   scanResult.clear();
   ScanState state;
   try {

@@ -105,8 +105,8 @@ std::size_t decodeSequence(std::string_view s, std::size_t i, char32_t& out) {
 int commonness(char32_t c) {
   // English letters by frequency, most common first.
   static constexpr std::u32string_view kLetters = U"etaoinsrhldcumfpgwybvkxjqz";
-  if (c == U' ' || c == U'<' || c == U'>' || c == U'"' || c == U'=' || c == U'/' ||
-      c == U'\r' || c == U'\n') {
+  if (c == U' ' || c == U'<' || c == U'>' || c == U'"' || c == U'=' || c == U'/' || c == U'\r' ||
+      c == U'\n') {
     return 100;
   }
   if (c >= U'a' && c <= U'z') return 60 - static_cast<int>(kLetters.find(c));

@@ -34,7 +34,7 @@ std::string Tagwright::fileListing(const std::string& FileListRoot,
     // None of the parameters is trimmed: blanks at their ends are part of
     // the folder, the pattern and the separator.
     const Text root = fromUtf8(FileListRoot);
-    const Text specification =
+    const Text fileSpecification =
         FileSpecification.empty() ? Text(kEveryFile) : fromUtf8(FileSpecification);
     const Text separator =
         ListSeparator.empty() ? Text(kDefaultSeparator) : fromUtf8(ListSeparator);
@@ -55,7 +55,7 @@ std::string Tagwright::fileListing(const std::string& FileListRoot,
     if (folder.empty()) throw Failure::numbered(60001);
     if (folder.back() != U'\\') folder.push_back(U'\\');
 
-    for (const Text& name : platform_.listMatchingFiles(folder + specification)) {
+    for (const Text& name : platform_.listMatchingFiles(folder + fileSpecification)) {
       // Whatever the pattern says, a name that begins with "." stays hidden.
       if (name.starts_with(U'.')) continue;
       list.append(name).append(separator);

@@ -5,8 +5,8 @@
 namespace tagwright {
 
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength, Query& query,
-                   Text& resultSeparator, bool writeMode, TextView NewContent, std::string& scanResult,
-                   Int16& matches) {
+                   Text& resultSeparator, bool writeMode, TextView NewContent,
+                   std::string& scanResult, Int16& matches) {
   Int16 fileNumber = 0;
   Text message = validateParameters(validation, query, resultSeparator, fileNumber);
   if (!message.empty()) return message;

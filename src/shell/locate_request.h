@@ -11,8 +11,8 @@ namespace tagwright {
 // success, with `scanResult` (UTF-8) and `matches` set; else the failure's
 // message.
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength, Query& query,
-                   Text& resultSeparator, bool writeMode, TextView NewContent, std::string& scanResult,
-                   Int16& matches);
+                   Text& resultSeparator, bool writeMode, TextView NewContent,
+                   std::string& scanResult, Int16& matches);
 
 }  // namespace tagwright
 

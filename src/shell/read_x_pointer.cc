@@ -4,8 +4,7 @@
 
 namespace tagwright {
 
-std::string Tagwright::readXPointer(const std::string& DocumentName,
-                                    const std::string& ElementName,
+std::string Tagwright::readXPointer(const std::string& DocumentName, const std::string& ElementName,
                                     const std::string& AttributeName,
                                     const std::string& AttributeValue, std::int16_t StartInstance,
                                     std::int16_t CountInstances, const std::string& ContentType,

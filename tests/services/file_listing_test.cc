@@ -15,7 +15,7 @@ using Map = std::function<std::string(const std::string&)>;
 
 struct Listing {
   std::string root;
-  std::string spec = "*.txt";
+  std::string mask = "*.txt";
   std::string separator = ",";
   Map map = nullptr;  // the page context's, if any
 };
@@ -24,7 +24,7 @@ Outcome list(Platform& platform, const Listing& l) {
   Tagwright instance(platform);
   if (l.map) instance.OnStartPage(mappedContext(l.map));
   Outcome o;
-  o.text = instance.fileListing(l.root, l.spec, l.separator, &o.matches);
+  o.text = instance.fileListing(l.root, l.mask, l.separator, &o.matches);
   return o;
 }
 
@@ -109,9 +109,9 @@ TEST(FileListing, RealFolder) {
       {"empty", "*.*", ""},
       {"missing", "*.*", ""},
       {"a.txt", "*.*", ""}};
-  for (const auto& [sub, spec, text] : cases) {
-    SCOPED_TRACE(sub + " " + spec);
-    EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(sub), spec}),
+  for (const auto& [sub, mask, text] : cases) {
+    SCOPED_TRACE(sub + " " + mask);
+    EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(sub), mask}),
               (Outcome{text, text.empty() ? 0 : 3}));
   }
 }
