@@ -118,7 +118,7 @@ void DocumentScan::run(Int16& matchesFound) {
     Int16 contentStart = 0;
     if (holdsLowered(chunkText_, type_.openMarker)) {
       lowerInto(chunkText_, chunkLower_);
-      contentStart = search(chunkLower_, type_.openMarker, 1);
+      contentStart = searchFrom(chunkLower_, type_.openMarker, 1);
     }
     if (contentStart == 0) {
       if (writeMode_) state_.rewrite->write(chunkText_);  // W2
@@ -134,7 +134,7 @@ void DocumentScan::run(Int16& matchesFound) {
         if (startRemaining_ == 0) takeInstance(contentStart, matchesFound);
       }
       // Two past, not one: what lies right behind an instance is not seen.
-      contentStart = search(chunkLower_, type_.openMarker, contentStart + 2);
+      contentStart = searchFrom(chunkLower_, type_.openMarker, contentStart + 2);
     }
     if (writeMode_) {  // W7
       outputText_.append(mid(chunkText_, copyFrom_));
@@ -158,13 +158,13 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
     copyFrom_ = contentStart;
   }
   const Text& closeMarker = state_.closeMarker;
-  Int16 closePos = search(chunkLower_, closeMarker, contentStart);
+  Int16 closePos = searchFrom(chunkLower_, closeMarker, contentStart);
   while (closePos == 0 && !chunkText_.empty()) {
     foundText_.append(mid(chunkText_, contentStart));
     contentStart = 1;
     nextChunk();
     lowerInto(chunkText_, chunkLower_);
-    closePos = search(chunkLower_, closeMarker, 1);
+    closePos = searchFrom(chunkLower_, closeMarker, 1);
   }
   if (closePos == 0) throw Failure::numbered(60003);
   if (outerMarkup_) closePos += lengthOf(closeMarker);

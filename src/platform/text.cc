@@ -332,7 +332,7 @@ Text lower(TextView text) {
   return out;
 }
 
-Int16 search(TextView text, TextView what, Int16 from) {
+Int16 searchFrom(TextView text, TextView what, Int16 from) {
   if (from.value() < 1) throw Failure::invalidArgument();
   std::size_t start = from.index();
   if (start >= text.size()) return 0;

@@ -49,9 +49,9 @@ inline int ansiCode(char32_t c) { return c < 128 ? static_cast<int>(c) : 128; }
 // The position of the first occurrence of `what` in `text` at or after
 // `from`, or 0. A start beyond the end gives 0; the empty text is found at
 // `from` when `from` lies inside `text`. A hit beyond 32767 is the overflow.
-// Where <algorithm> is visible, call it as tagwright::search: std::search is
-// found by argument-dependent lookup and wins for two arguments of one type.
-Int16 search(TextView text, TextView what, Int16 from);
+// (Not named `search`: with <algorithm> visible, argument-dependent lookup
+// would find std::search and prefer it for two arguments of one type.)
+Int16 searchFrom(TextView text, TextView what, Int16 from);
 // True when lower(text) holds `lowerWhat`, found without making the
 // lower-cased copy: a chunk that holds no opening marker needs none.
 // REQUIRES: lowerWhat is lower case and begins with an ASCII character

@@ -25,7 +25,7 @@ class MetaScan {
     nextChunk();
     while (!chunkText_.empty() && countRemaining > 0) {
       lowerInto(chunkText_, chunkLower_);
-      Int16 position = search(chunkLower_, kTagStart, 1);
+      Int16 position = searchFrom(chunkLower_, kTagStart, 1);
       while (position > 0 && countRemaining > 0) {
         if (metaContentMatches(metaNameValue_, chunkLower_, position, closingMarker_)) {
           if (skipRemaining > 0) skipRemaining -= 1;
@@ -36,7 +36,7 @@ class MetaScan {
           }
         }
         // Two past, not one: a tag right behind a taken tag's ">" is not seen.
-        position = search(chunkLower_, kTagStart, position + 2);
+        position = searchFrom(chunkLower_, kTagStart, position + 2);
       }
       nextChunk();
     }
@@ -50,7 +50,7 @@ class MetaScan {
   // position of the tag's closing marker.
   Int16 takeTag(Int16 position, Text& collected) {
     // metaContentMatches has seen the marker in this chunk.
-    Int16 closePos = search(chunkLower_, closingMarker_, position + 1);
+    Int16 closePos = searchFrom(chunkLower_, closingMarker_, position + 1);
     tagText_.assign(mid(chunkText_, position, closePos - position));
     extractMetaPair(tagText_, equals_);
     collected.append(tagText_);
@@ -102,20 +102,21 @@ bool metaContentMatches(TextView MetaNameValue, TextView chunkLower, Int16 posit
   Text pattern;
   pattern.reserve(wantedName.size() + kContentAfterName.size());
   pattern.append(wantedName).append(kContentAfterName);
-  Int16 patternPos = search(chunkLower, pattern, position);
+  Int16 patternPos = searchFrom(chunkLower, pattern, position);
   if (patternPos == 0) return false;
-  Int16 closePos = search(chunkLower, closingMarker, position);
+  Int16 closePos = searchFrom(chunkLower, closingMarker, position);
   return closePos > 0 && patternPos < closePos;
 }
 
 void extractMetaPair(Text& tagText, TextView ResultEqualsChars) {
   const Text tagLower = lower(tagText);
-  Int16 nameStart = search(tagLower, kNameAttribute, 1) + lengthOf(kNameAttribute);
-  Int16 nameEnd = search(tagLower, kQuote, nameStart);
+  Int16 nameStart = searchFrom(tagLower, kNameAttribute, 1) + lengthOf(kNameAttribute);
+  Int16 nameEnd = searchFrom(tagLower, kQuote, nameStart);
   Text pair(mid(tagText, nameStart, nameEnd - nameStart));
   pair.append(ResultEqualsChars);
-  Int16 contentStart = search(tagLower, kContentAttribute, nameEnd) + lengthOf(kContentAttribute);
-  Int16 contentEnd = search(tagLower, kQuote, contentStart);
+  Int16 contentStart =
+      searchFrom(tagLower, kContentAttribute, nameEnd) + lengthOf(kContentAttribute);
+  Int16 contentEnd = searchFrom(tagLower, kQuote, contentStart);
   if (contentEnd > 0) {
     pair.append(mid(tagText, contentStart, contentEnd - contentStart));
   } else {

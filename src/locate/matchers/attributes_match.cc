@@ -8,12 +8,12 @@ bool isAny(TextView parameter) { return parameter == U"*"; }
 // Drops the blank behind the element name and everything before it, then
 // the blanks around "=" and inside values alike.
 void prepareAttributeText(Text& attributeText) {
-  const Int16 firstBlank = search(attributeText, U" ", 1);
+  const Int16 firstBlank = searchFrom(attributeText, U" ", 1);
   if (firstBlank > 0) attributeText.erase(0, firstBlank.index() + 1);
   std::erase(attributeText, kBlank);
 }
 
-bool contains(TextView text, TextView what) { return search(text, what, 1) > 0; }
+bool contains(TextView text, TextView what) { return searchFrom(text, what, 1) > 0; }
 
 // `name="value"` or `name='value'`; the name is empty for a value alone.
 bool containsQuotedValue(TextView text, TextView name, TextView value) {

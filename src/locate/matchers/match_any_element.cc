@@ -14,7 +14,7 @@ static_assert(kExcludedFirstCharacters.size() == 24);
 bool canStartElementName(TextView firstCharacter) {
   // An empty text is found in any text, so a "<" at the very end of a chunk
   // is refused like an excluded character.
-  if (search(kExcludedFirstCharacters, firstCharacter, 1) > 0) return false;
+  if (searchFrom(kExcludedFirstCharacters, firstCharacter, 1) > 0) return false;
   const int code = ansiCode(firstCharacter.front());
   return code > 32 && code < 127;
 }
@@ -25,10 +25,10 @@ bool matchAnyElement(const Query& query, TextView chunkLower, Int16& contentStar
                      Text& closeMarker) {
   const Int16 tagStart = contentStart;
   if (!canStartElementName(mid(chunkLower, tagStart + 1, 1))) return false;
-  const Int16 tagEnd = search(chunkLower, U">", tagStart);
+  const Int16 tagEnd = searchFrom(chunkLower, U">", tagStart);
   if (tagEnd == 0) return false;
   const TextView tagText = mid(chunkLower, tagStart + 1, tagEnd - tagStart);
-  const Int16 firstBlank = search(tagText, U" ", 1);
+  const Int16 firstBlank = searchFrom(tagText, U" ", 1);
   const TextView elementName =
       firstBlank > 0 ? left(tagText, firstBlank - 1) : left(tagText, lengthOf(tagText) - 1);
   setStartTagStretch(query, tagText, elementName, tagEnd, contentStart, closeMarker);

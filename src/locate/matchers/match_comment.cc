@@ -15,7 +15,7 @@ bool matchComment(const Query& query, TextView chunkLower, Int16& contentStart, 
   // fit whole into the head, leaves a comment a comment.
   const TextView head = mid(chunkLower, commentStart, kHeadLength);
   for (TextView word : kDeclarationWords) {
-    if (search(head, word, 1) > 0) return false;
+    if (searchFrom(head, word, 1) > 0) return false;
   }
   closeMarker = left(head, 4) == U"<!--" ? U"-->" : U">";
   if (!isOuterMarkup(query)) contentStart = commentStart + lengthOf(closeMarker) + 1;

@@ -4,8 +4,8 @@ namespace tagwright {
 
 bool matchDoctype(const Query& query, TextView chunkLower, Int16& contentStart, Text& closeMarker) {
   const Int16 declarationStart = contentStart;
-  const Int16 bracket = search(chunkLower, U"[", declarationStart);
-  const Int16 declarationEnd = search(chunkLower, U">", declarationStart);
+  const Int16 bracket = searchFrom(chunkLower, U"[", declarationStart);
+  const Int16 declarationEnd = searchFrom(chunkLower, U">", declarationStart);
   bool isInstance = true;
   if (bracket > 0 && declarationEnd > 0 && bracket < declarationEnd) {
     closeMarker = U"]>";
@@ -16,7 +16,8 @@ bool matchDoctype(const Query& query, TextView chunkLower, Int16& contentStart, 
     const TextView declaration =
         declarationEnd > 0 ? mid(chunkLower, declarationStart, declarationEnd - declarationStart)
                            : chunkLower;
-    isInstance = search(declaration, U" public ", 1) > 0 || search(declaration, U" system ", 1) > 0;
+    isInstance =
+        searchFrom(declaration, U" public ", 1) > 0 || searchFrom(declaration, U" system ", 1) > 0;
   }
   if (!isOuterMarkup(query)) contentStart += 2;
   return isInstance;

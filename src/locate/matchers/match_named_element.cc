@@ -9,8 +9,8 @@ bool matchNamedElement(const Query& query, TextView chunkLower, Int16& contentSt
                        Text& closeMarker) {
   const Int16 tagStart = contentStart;
   const Int16 nameLength = lengthOf(query.ElementName);
-  if (search(U"/> ", mid(chunkLower, tagStart + nameLength + 1, 1), 1) == 0) return false;
-  const Int16 tagEnd = search(chunkLower, U">", tagStart);
+  if (searchFrom(U"/> ", mid(chunkLower, tagStart + nameLength + 1, 1), 1) == 0) return false;
+  const Int16 tagEnd = searchFrom(chunkLower, U">", tagStart);
   if (tagEnd == 0) return false;
   const TextView tagText = mid(chunkLower, tagStart + 1, tagEnd - tagStart);
   setStartTagStretch(query, tagText, query.ElementName, tagEnd, contentStart, closeMarker);

@@ -16,8 +16,8 @@ class ElementFinder {
         tagWithAttributes_(U"<" + Text(name) + U" ") {}
 
   Int16 find(Int16 from) const {
-    Int16 at = search(lowered_, plainTag_, from);
-    if (at == 0) at = search(lowered_, tagWithAttributes_, from);
+    Int16 at = searchFrom(lowered_, plainTag_, from);
+    if (at == 0) at = searchFrom(lowered_, tagWithAttributes_, from);
     return at;
   }
 
@@ -52,19 +52,19 @@ Text applySpanFunction(Int16& MatchesFound, TextView SpanFunction, TextView foun
   Int16 instanceStart = first.find(1);
   replacementText.clear();
   while (instanceStart > 0) {
-    Int16 tagEnd = search(lowered, U">", instanceStart);
+    Int16 tagEnd = searchFrom(lowered, U">", instanceStart);
     Int16 secondStart = tagEnd == 0 ? Int16(0) : second.find(tagEnd + 1);
     // Stays 0 where this occurrence gives no span.
     Int16 spanEnd = 0;
     if (secondStart > 0 && outerMarkup) {
-      Int16 secondTagEnd = search(lowered, U">", secondStart);
-      Int16 selfClose = search(lowered, U"/>", secondStart);
+      Int16 secondTagEnd = searchFrom(lowered, U">", secondStart);
+      Int16 selfClose = searchFrom(lowered, U"/>", secondStart);
       if (selfClose > 0 && selfClose < secondTagEnd) {
         spanEnd = secondTagEnd + 1;
       } else {
         // A second tag of the "<name " form with no ">" behind it makes this
         // search start at 0, which is the invalid-argument failure.
-        Int16 closeAt = search(lowered, secondClosingTag, secondTagEnd);
+        Int16 closeAt = searchFrom(lowered, secondClosingTag, secondTagEnd);
         if (closeAt > 0) spanEnd = closeAt + lengthOf(secondClosingTag);
       }
     } else if (secondStart > 0) {
@@ -73,7 +73,7 @@ Text applySpanFunction(Int16& MatchesFound, TextView SpanFunction, TextView foun
       if (mid(lowered, secondStart - 2, 1) == U"/") {
         instanceStart = secondStart;
       } else {
-        Int16 closeAt = search(lowered, firstClosingTag, instanceStart);
+        Int16 closeAt = searchFrom(lowered, firstClosingTag, instanceStart);
         if (closeAt > 0) {
           instanceStart = closeAt + lengthOf(firstClosingTag);
           spanEnd = secondStart;

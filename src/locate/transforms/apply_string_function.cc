@@ -25,13 +25,13 @@ Text pieceOf(TextView StringFunction, TextView foundText) {
   Int16 length = 0;
 
   const TextView comma = U",";
-  Int16 firstComma = search(StringFunction, comma, 1);
+  Int16 firstComma = searchFrom(StringFunction, comma, 1);
   if (firstComma == 0) illegalFormat();
   TextView occurrenceField = trim(left(StringFunction, firstComma - 1));
   if (occurrenceField.empty()) illegalFormat();
 
   // Quotes do not protect a comma: a comma always ends fields 1 to 3.
-  Int16 secondComma = search(StringFunction, comma, firstComma + 1);
+  Int16 secondComma = searchFrom(StringFunction, comma, firstComma + 1);
   if (secondComma == 0) illegalFormat();
   TextView searchField = fieldBetween(StringFunction, firstComma, secondComma);
   if (searchField.empty()) illegalFormat();
@@ -47,7 +47,7 @@ Text pieceOf(TextView StringFunction, TextView foundText) {
     lowerInto(plainText, workingCopy);
   }
 
-  Int16 thirdComma = search(StringFunction, comma, secondComma + 1);
+  Int16 thirdComma = searchFrom(StringFunction, comma, secondComma + 1);
   if (thirdComma == 0) illegalFormat();
   TextView offsetField = fieldBetween(StringFunction, secondComma, thirdComma);
   if (offsetField.empty()) illegalFormat();
@@ -63,9 +63,9 @@ Text pieceOf(TextView StringFunction, TextView foundText) {
   if (length < 1) illegalFormat();
 
   // Each search starts one past the last hit, so occurrences may overlap.
-  Int16 position = search(workingCopy, searchText, 1);
+  Int16 position = searchFrom(workingCopy, searchText, 1);
   while (position > 0 && occurrence > 1) {
-    position = search(workingCopy, searchText, position + 1);
+    position = searchFrom(workingCopy, searchText, position + 1);
     occurrence -= 1;
   }
   if (position == 0 || offset + position < 1) return {};

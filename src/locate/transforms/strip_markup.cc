@@ -35,11 +35,11 @@ void addPiece(TextView piece, Text& result) {
 
 Text stripMarkup(TextView text) {
   const Text cleaned = cleanedText(text);
-  Int16 tagStart = search(cleaned, U"<", 1);
+  Int16 tagStart = searchFrom(cleaned, U"<", 1);
   if (tagStart == 0) return cleaned;
   Text result;
   if (tagStart > 1) addPiece(left(cleaned, tagStart - 1), result);
-  Int16 tagEnd = search(cleaned, U">", tagStart);
+  Int16 tagEnd = searchFrom(cleaned, U">", tagStart);
   if (tagEnd == 0) {
     // No tag at all, as in script text like `if (a<b) {x}`: the rest stands
     // as written, right behind the piece before it.
@@ -47,13 +47,13 @@ Text stripMarkup(TextView text) {
     result.append(mid(cleaned, tagStart));
     return Text(trim(result));
   }
-  tagStart = search(cleaned, U"<", tagEnd);
+  tagStart = searchFrom(cleaned, U"<", tagEnd);
   while (tagStart > 0) {
     addPiece(mid(cleaned, tagEnd + 1, tagStart - tagEnd - 1), result);
-    tagEnd = search(cleaned, U">", tagStart);
+    tagEnd = searchFrom(cleaned, U">", tagStart);
     // `<a>b<c`: a "<" behind a complete tag must open one too.
     if (tagEnd == 0) throw Failure::invalidArgument();
-    tagStart = search(cleaned, U"<", tagEnd);
+    tagStart = searchFrom(cleaned, U"<", tagEnd);
   }
   // The piece behind the last tag is not limited to 16-bit positions.
   if (tagEnd.index() + 1 < cleaned.size()) addPiece(mid(cleaned, tagEnd + 1), result);
