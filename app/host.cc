@@ -25,8 +25,9 @@ constexpr const char* kSettingsHelp =
     "  AllowVirtualDocReadOnly=1     refuse physical paths for read and meta\n"
     "  AllowVirtualDocWriteOnly=1    refuse physical paths for write\n"
     "  AllowVirtualFileListOnly=1    refuse physical paths for list\n"
-    "A path that holds \"\\\" or \":\" is physical; any other is virtual and is\n"
-    "mapped against --root.";
+    "A path that holds \"\\\" or \":\" is physical (C:\\web\\a.htm is /web/a.htm);\n"
+    "any other is virtual: one that begins with \"/\" is taken from --root\n"
+    "(default /), any other from the working folder, which must lie inside it.";
 
 // The values of one command line; an option left out stays empty here and
 // the operation's default applies.
