@@ -28,6 +28,10 @@ import json
 import os
 import sys
 
+# The one statement of the plain-text rule, shared with the Python peers.
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "peers"))
+from strip_markup import strip_markup  # noqa: E402
+
 GENERATOR_VERSION = 3
 SEED = 20240607
 # Tagwright's default CountInstances: a read takes at most this many instances.
@@ -62,26 +66,6 @@ class Rng:
 
     def pick(self, items):
         return items[self.next() % len(items)]
-
-
-def strip_markup(text):
-    """The plain text of a stretch of markup by the rule in the module comment."""
-    text = text.replace("\r", "").strip(" ").replace("\n", "").replace("\t", "")
-    if "<" not in text:
-        return text
-    pieces = []
-    position = 0
-    while True:
-        open_at = text.find("<", position)
-        if open_at < 0:
-            pieces.append(text[position:])
-            break
-        pieces.append(text[position:open_at])
-        close_at = text.find(">", open_at)
-        if close_at < 0:  # never written by this generator
-            raise ValueError("a '<' without a '>' behind it")
-        position = close_at + 1
-    return " ".join(piece.strip(" ") for piece in pieces if piece.strip(" "))
 
 
 class PageWriter:
