@@ -3,45 +3,84 @@
 namespace tagwright {
 namespace {
 
-constexpr TextView kLineEnd = U"\r\n";
+constexpr std::string_view kLineEnd = "\r\n";
 
-void readLineInto(Platform& platform, Int16 fileNumber, Text& chunk) {
-  platform.readLine(fileNumber, chunk);
-  chunk.append(kLineEnd);
+void readLineInto(Platform& platform, Int16 fileNumber, std::string& bytes) {
+  platform.readLine(fileNumber, bytes);
+  bytes.append(kLineEnd);
 }
 
-// The extension test: the last five characters of the chunk, less CR, LF
-// and TAB, trimmed of blanks, end in ">".
-bool endsInTagEnd(TextView chunk) {
-  TextView tail = chunk.substr(chunk.size() - std::min<std::size_t>(5, chunk.size()));
-  char32_t kept[5];
-  std::size_t count = 0;
-  for (char32_t c : tail) {
-    if (c != U'\r' && c != U'\n' && c != U'\t') kept[count++] = c;
+// The characters of a chunk, counted as its lines come in. A byte gives at
+// most one character, so the bytes not yet counted bound what they add, and
+// counting waits until that bound could reach the threshold: most of a chunk
+// is then counted in one long run rather than line by line.
+class CharacterCount {
+ public:
+  explicit CharacterCount(const std::string& bytes) : bytes_(bytes) {}
+
+  bool below(std::size_t threshold) {
+    if (counted_ + (bytes_.size() - countedBytes_) < threshold) return true;
+    return total() < threshold;
   }
-  TextView rest = trim(TextView(kept, count));
-  return !rest.empty() && rest.back() == U'>';
+  std::size_t total() {
+    counted_ += decodedLength(std::string_view(bytes_).substr(countedBytes_));
+    countedBytes_ = bytes_.size();
+    return counted_;
+  }
+
+ private:
+  const std::string& bytes_;
+  std::size_t counted_ = 0;
+  std::size_t countedBytes_ = 0;
+};
+
+// The extension test: the last five characters of the chunk, less CR, LF
+// and TAB, trimmed of blanks, end in ">". Read from the end, the first
+// character that is none of those decides. A byte beyond ASCII belongs to a
+// character beyond ASCII, which decides for "no" wherever it begins.
+bool endsInTagEnd(std::string_view bytes) {
+  constexpr std::size_t kWindow = 5;
+  std::size_t seen = 0;
+  for (auto at = bytes.rbegin(); at != bytes.rend() && seen < kWindow; ++at, ++seen) {
+    char c = *at;
+    if (c == '\r' || c == '\n' || c == '\t' || c == ' ') continue;
+    return c == '>';
+  }
+  return false;
 }
 
 }  // namespace
 
-void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength, Text& chunk,
+void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength, Chunk& chunk,
                    std::optional<Failure>* readFailure) {
-  chunk.clear();
+  chunk.bytes.clear();
+  chunk.characters = 0;
   try {
     const std::size_t threshold = bufferLength > 0 ? static_cast<std::size_t>(bufferLength) : 0;
-    while (chunk.size() < threshold && !platform.endOfFile(fileNumber)) {
-      readLineInto(platform, fileNumber, chunk);
+    CharacterCount count(chunk.bytes);
+    while (count.below(threshold) && !platform.endOfFile(fileNumber)) {
+      readLineInto(platform, fileNumber, chunk.bytes);
     }
-    if (platform.endOfFile(fileNumber)) return;
-    for (int extension = 0; extension <= 4; ++extension) {
-      if (endsInTagEnd(chunk) || platform.endOfFile(fileNumber)) break;
-      readLineInto(platform, fileNumber, chunk);
+    if (!platform.endOfFile(fileNumber)) {
+      for (int extension = 0; extension <= 4; ++extension) {
+        if (endsInTagEnd(chunk.bytes) || platform.endOfFile(fileNumber)) break;
+        readLineInto(platform, fileNumber, chunk.bytes);
+      }
     }
+    chunk.characters = count.total();
   } catch (const Failure& failure) {
-    chunk.clear();
+    chunk.bytes.clear();
+    chunk.characters = 0;
     if (readFailure != nullptr) *readFailure = failure;
   }
+}
+
+void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength, Text& chunk,
+                   std::optional<Failure>* readFailure) {
+  Chunk read;
+  readNextChunk(platform, fileNumber, bufferLength, read, readFailure);
+  chunk.clear();
+  appendDecoded(read.bytes, chunk);
 }
 
 }  // namespace tagwright

@@ -9,6 +9,9 @@ namespace tagwright {
 struct ElementType {
   Text openMarker;
   Matcher matcher;
+  // True when the matcher's verdict rests on the start tag alone: the
+  // candidate's characters up to the first ">" behind it.
+  bool judgedByStartTag = false;
 };
 
 // The element type of a trimmed, lower-cased ElementName: one of the five

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "files/read_next_chunk.h"
+#include "locate/chunk_filter.h"
 #include "locate/element_types.h"
 #include "locate/transforms/apply_span_function.h"
 #include "locate/transforms/apply_string_function.h"
@@ -65,18 +66,25 @@ class DocumentScan {
         state_(state),
         type_(elementTypeFor(query.ElementName)),
         outerMarkup_(isOuterMarkup(query)),
-        innerText_(query.ContentType == U"innertext") {}
+        innerText_(query.ContentType == U"innertext"),
+        filter_(query, type_) {}
 
   void run(Int16& matchesFound);
 
  private:
-  // Reads the next chunk into chunkText_. A rewrite must not take a failed
-  // read for the end of the document, so in write mode it is the failure.
+  // Reads the next chunk as bytes. A rewrite must not take a failed read for
+  // the end of the document, so in write mode it is the failure.
   void nextChunk() {
     std::optional<Failure> readFailure;
-    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunkText_,
+    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunk_,
                   writeMode_ ? &readFailure : nullptr);
     if (readFailure) throw *readFailure;
+  }
+
+  // Makes chunkText_ and chunkLower_ the characters of the chunk read last.
+  void decodeChunk() {
+    decodeInto(chunk_.bytes, chunkText_);
+    lowerInto(chunkText_, chunkLower_);
   }
 
   void takeInstance(Int16& contentStart, Int16& matchesFound);
@@ -90,10 +98,12 @@ class DocumentScan {
   const ElementType type_;
   const bool outerMarkup_;
   const bool innerText_;
+  ChunkFilter filter_;
 
   Int16 startRemaining_;
   Int16 countRemaining_;
   Int16 copyFrom_;
+  Chunk chunk_;
   Text chunkText_;
   Text chunkLower_;
   Text foundText_;
@@ -110,21 +120,18 @@ void DocumentScan::run(Int16& matchesFound) {
     state_.rewrite->begin();
   }
   nextChunk();
-  while (!chunkText_.empty() && countRemaining_ >= 1) {
-    outputText_.clear();
-    copyFrom_ = 1;
-    // Most chunks of a search for a rare part hold no candidate at all; they
-    // are told without making the lower-cased copy.
-    Int16 contentStart = 0;
-    if (holdsLowered(chunkText_, type_.openMarker)) {
-      lowerInto(chunkText_, chunkLower_);
-      contentStart = searchFrom(chunkLower_, type_.openMarker, 1);
-    }
-    if (contentStart == 0) {
-      if (writeMode_) state_.rewrite->write(chunkText_);  // W2
+  while (!chunk_.empty() && countRemaining_ >= 1) {
+    // Most chunks of a search for a rare part hold no instance at all; they
+    // are told on the bytes, and a rewrite copies them out as they came.
+    if (!filter_.mayHoldInstance(chunk_)) {
+      if (writeMode_) state_.rewrite->write(chunk_.bytes);  // W2
       nextChunk();
       continue;
     }
+    outputText_.clear();
+    copyFrom_ = 1;
+    decodeChunk();
+    Int16 contentStart = searchFrom(chunkLower_, type_.openMarker, 1);
     while (contentStart > 0 && countRemaining_ > 0) {
       foundText_.clear();
       bool isInstance = type_.matcher != nullptr &&
@@ -143,8 +150,8 @@ void DocumentScan::run(Int16& matchesFound) {
     nextChunk();
   }
   if (writeMode_) {  // W8: what is left goes out unsearched.
-    while (!chunkText_.empty()) {
-      state_.rewrite->write(chunkText_);
+    while (!chunk_.empty()) {
+      state_.rewrite->write(chunk_.bytes);
       nextChunk();
     }
   }
@@ -163,7 +170,7 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
     foundText_.append(mid(chunkText_, contentStart));
     contentStart = 1;
     nextChunk();
-    lowerInto(chunkText_, chunkLower_);
+    decodeChunk();
     closePos = searchFrom(chunkLower_, closeMarker, 1);
   }
   if (closePos == 0) throw Failure::numbered(60003);

@@ -1,7 +1,6 @@
 #include "platform/line_reader.h"
 
 #include <cstring>
-#include <string_view>
 
 namespace tagwright {
 
@@ -18,27 +17,19 @@ bool LineReader::fill() {
 
 bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 
-void LineReader::readLine(Text& out) {
-  partial_.clear();
+void LineReader::readLine(std::string& out) {
   for (;;) {
-    if (begin_ == end_ && !fill()) {
-      appendDecoded(partial_, out);
-      return;
-    }
+    if (begin_ == end_ && !fill()) return;
     const char* start = buffer_.data() + begin_;
     const void* cr = std::memchr(start, '\r', end_ - begin_);
     if (cr == nullptr) {
-      partial_.append(start, end_ - begin_);
+      // The line runs over the end of the buffer.
+      out.append(start, end_ - begin_);
       begin_ = end_;
       continue;
     }
     std::size_t length = static_cast<std::size_t>(static_cast<const char*>(cr) - start);
-    if (partial_.empty()) {
-      appendDecoded(std::string_view(start, length), out);
-    } else {
-      partial_.append(start, length);
-      appendDecoded(partial_, out);
-    }
+    out.append(start, length);
     begin_ += length + 1;
     // The LF of a CR LF may lie in the next block.
     if (begin_ == end_) fill();

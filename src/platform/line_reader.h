@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/text.h"
 
 namespace tagwright {
 
@@ -18,14 +17,14 @@ class ByteSource {
 };
 
 // Splits a byte stream into lines: a line end is CR or CR LF; a lone LF is
-// an ordinary character. Lines are decoded straight into the caller's text,
-// so that reading allocates nothing per line once the buffers are grown.
+// an ordinary character. Lines are appended to the caller's bytes, so that
+// reading allocates nothing per line once the buffers are grown.
 class LineReader {
  public:
   explicit LineReader(ByteSource& source, std::size_t bufferSize = 64 * 1024);
 
-  // Appends the next line to `out`. REQUIRES: !endOfFile().
-  void readLine(Text& out);
+  // Appends the bytes of the next line to `out`. REQUIRES: !endOfFile().
+  void readLine(std::string& out);
   // True when no byte is left, which may need a read to find out.
   bool endOfFile();
 
@@ -37,7 +36,6 @@ class LineReader {
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
   bool exhausted_ = false;
-  std::string partial_;  // a line that runs over the end of the buffer
 };
 
 }  // namespace tagwright

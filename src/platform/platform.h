@@ -43,15 +43,15 @@ class Platform {
   virtual void openForInput(Int16 fileNumber, TextView path) = 0;
   // Creates the file, or empties it if it exists.
   virtual void openForOutput(Int16 fileNumber, TextView path) = 0;
-  // Appends the next line to `chunk` and moves past its line end. A line end
-  // is CR or CR LF and is not appended; a lone LF stays in the line.
-  // REQUIRES: !endOfFile(fileNumber).
-  virtual void readLine(Int16 fileNumber, Text& chunk) = 0;
+  // Appends the bytes of the next line to `line` and moves past its line
+  // end. A line end is CR or CR LF and is not appended; a lone LF stays in
+  // the line. REQUIRES: !endOfFile(fileNumber).
+  virtual void readLine(Int16 fileNumber, std::string& line) = 0;
   // True when nothing is left to read: at once on an empty file, and right
   // after the last line has been read, whether or not it had a line end.
   virtual bool endOfFile(Int16 fileNumber) = 0;
-  // Writes `text` exactly, adding nothing.
-  virtual void writeText(Int16 fileNumber, TextView text) = 0;
+  // Writes `bytes` exactly, adding nothing.
+  virtual void writeBytes(Int16 fileNumber, std::string_view bytes) = 0;
   // Makes what was written durable: flushed and synced to the disk.
   virtual void syncFile(Int16 fileNumber) = 0;
   // Closes the file and frees the number; a write that fails then throws.

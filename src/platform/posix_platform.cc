@@ -176,8 +176,8 @@ class PosixPlatform : public Platform {
     openUnder(fileNumber, fd, true);
   }
 
-  void readLine(Int16 fileNumber, Text& chunk) override {
-    fileOf(fileNumber).reader.readLine(chunk);
+  void readLine(Int16 fileNumber, std::string& line) override {
+    fileOf(fileNumber).reader.readLine(line);
   }
 
   bool endOfFile(Int16 fileNumber) override {
@@ -185,10 +185,17 @@ class PosixPlatform : public Platform {
     return file.forOutput || file.reader.endOfFile();
   }
 
-  void writeText(Int16 fileNumber, TextView text) override {
+  void writeBytes(Int16 fileNumber, std::string_view bytes) override {
     OpenFile& file = fileOf(fileNumber);
-    appendEncoded(text, file.pending);
-    if (file.pending.size() >= kWriteBufferSize) file.flush();
+    // A large write goes straight out rather than through the buffer.
+    if (file.pending.size() + bytes.size() > kWriteBufferSize) {
+      file.flush();
+      if (bytes.size() >= kWriteBufferSize) {
+        writeAll(file.fd, bytes.data(), bytes.size());
+        return;
+      }
+    }
+    file.pending.append(bytes);
   }
 
   void syncFile(Int16 fileNumber) override {

@@ -153,17 +153,16 @@ std::size_t findFrom(TextView text, TextView what, std::size_t start) {
 
 }  // namespace
 
-void appendDecoded(std::string_view utf8, Text& out) {
-  // Every byte gives at most one character: size the text once, write through
-  // a pointer, and cut it back at the end.
-  const std::size_t base = out.size();
+namespace {
+
+// Decodes `utf8` into `target`, which has room for a character per byte;
+// returns the number of characters written.
+std::size_t decodeTo(std::string_view utf8, char32_t* target) {
   const std::size_t n = utf8.size();
-  out.resize(base + n);
-  char32_t* target = out.data() + base;
   const unsigned char* source = reinterpret_cast<const unsigned char*>(utf8.data());
   if (isAscii(source, n)) {
     widen(source, n, target);
-    return;
+    return n;
   }
   std::size_t i = 0;
   std::size_t written = 0;
@@ -205,7 +204,131 @@ void appendDecoded(std::string_view utf8, Text& out) {
       i += length;
     }
   }
-  out.resize(base + written);
+  return written;
+}
+
+// The character at byte `i`, which begins one; returns its length in bytes.
+std::size_t decodeCharacter(std::string_view utf8, std::size_t i, char32_t& out) {
+  unsigned char b = byteAt(utf8, i);
+  if (b < 0x80) {
+    out = b;
+    return 1;
+  }
+  std::size_t length = decodeSequence(utf8, i, out);
+  if (length != 0) return length;
+  out = kRawByteBase + b;
+  return 1;
+}
+
+}  // namespace
+
+void appendDecoded(std::string_view utf8, Text& out) {
+  // Every byte gives at most one character: size the text once, write through
+  // a pointer, and cut it back at the end.
+  const std::size_t base = out.size();
+  out.resize(base + utf8.size());
+  out.resize(base + decodeTo(utf8, out.data() + base));
+}
+
+void decodeInto(std::string_view utf8, Text& out) {
+  // Resized from its former length rather than cleared: the chunks of one
+  // document are of a size, so the storage is seldom filled with zeros.
+  out.resize(utf8.size());
+  out.resize(decodeTo(utf8, out.data()));
+}
+
+namespace {
+
+// Whether a byte is where it must be in well-formed UTF-8, given the three
+// bytes in front of it: a continuation byte exactly where a lead byte of the
+// last three asks for one, no byte that never appears (C0, C1, F5-FF), and
+// none of the second bytes that make an overlong form, a surrogate or a
+// value above U+10FFFF.
+inline bool misplaced(unsigned char b, unsigned char p1, unsigned char p2, unsigned char p3) {
+  const bool continuation = (b & 0xC0) == 0x80;
+  const bool expected = (p1 >= 0xC0) | (p2 >= 0xE0) | (p3 >= 0xF0);
+  return (continuation != expected) | (b == 0xC0) | (b == 0xC1) | (b >= 0xF5) |
+         ((p1 == 0xE0) & (b < 0xA0)) | ((p1 == 0xED) & (b > 0x9F)) | ((p1 == 0xF0) & (b < 0x90)) |
+         ((p1 == 0xF4) & (b > 0x8F));
+}
+
+// For well-formed UTF-8 the characters are the bytes that are no
+// continuation bytes. Returns false, leaving `characters` alone, when
+// `bytes` is not well formed, where every byte has to be looked at in turn.
+TAGWRIGHT_VECTOR_CLONES bool countWellFormed(const unsigned char* bytes, std::size_t n,
+                                             std::size_t& characters) {
+  if (n < 3) return false;
+  bool bad = misplaced(bytes[0], 0, 0, 0) | misplaced(bytes[1], bytes[0], 0, 0) |
+             misplaced(bytes[2], bytes[1], bytes[0], 0);
+  // A sequence must not run over the end.
+  bad |= (bytes[n - 1] >= 0xC0) | (bytes[n - 2] >= 0xE0) | (bytes[n - 3] >= 0xF0);
+  std::size_t continuations = static_cast<std::size_t>((bytes[0] & 0xC0) == 0x80) +
+                              static_cast<std::size_t>((bytes[1] & 0xC0) == 0x80) +
+                              static_cast<std::size_t>((bytes[2] & 0xC0) == 0x80);
+  constexpr std::size_t kBlock = 1024;
+  for (std::size_t start = 3; start < n; start += kBlock) {
+    const std::size_t end = std::min(n, start + kBlock);
+    unsigned char blockBad = 0;
+    unsigned blockContinuations = 0;
+    for (std::size_t i = start; i < end; ++i) {
+      blockBad |= static_cast<unsigned char>(
+          misplaced(bytes[i], bytes[i - 1], bytes[i - 2], bytes[i - 3]));
+      blockContinuations += static_cast<unsigned>((bytes[i] & 0xC0) == 0x80);
+    }
+    bad |= blockBad != 0;
+    continuations += blockContinuations;
+  }
+  if (bad) return false;
+  characters = n - continuations;
+  return true;
+}
+
+// Counts as decodeTo decodes, for text that is not well formed.
+std::size_t countDecoded(std::string_view utf8) {
+  const std::size_t n = utf8.size();
+  const unsigned char* source = reinterpret_cast<const unsigned char*>(utf8.data());
+  std::size_t i = 0;
+  std::size_t count = 0;
+  while (i < n) {
+    if (i + 8 <= n) {
+      std::uint64_t word;
+      std::memcpy(&word, source + i, 8);
+      std::uint64_t high = word & 0x8080808080808080ull;
+      if (high == 0) {
+        i += 8;
+        count += 8;
+        continue;
+      }
+      std::size_t ascii = static_cast<std::size_t>(std::countr_zero(high)) / 8;
+      i += ascii;
+      count += ascii;
+    } else if (source[i] < 0x80) {
+      ++i;
+      ++count;
+      continue;
+    }
+    unsigned char b = source[i];
+    if (b >= 0xC2 && b <= 0xDF && i + 1 < n && isContinuation(source[i + 1])) {
+      i += 2;
+    } else {
+      char32_t code;
+      std::size_t length = decodeSequence(utf8, i, code);
+      i += length == 0 ? 1 : length;
+    }
+    ++count;
+  }
+  return count;
+}
+
+}  // namespace
+
+std::size_t decodedLength(std::string_view utf8) {
+  std::size_t characters;
+  if (countWellFormed(reinterpret_cast<const unsigned char*>(utf8.data()), utf8.size(),
+                      characters)) {
+    return characters;
+  }
+  return countDecoded(utf8);
 }
 
 Text fromUtf8(std::string_view utf8) {
@@ -341,21 +464,81 @@ Int16 searchFrom(TextView text, TextView what, Int16 from) {
   return Int16::fromSize(at + 1);
 }
 
-bool holdsLowered(TextView text, TextView lowerWhat) {
-  if (lowerWhat.empty()) return true;
+namespace {
+
+// The first byte at or after `from` that may begin `lowerWhat` in the
+// lower-cased text: `first` followed by `second` or its capital, or by any
+// byte beyond ASCII, whose character is told only when decoded. Blocks of
+// bytes are tested whole, so that the many "<" of markup that begin some
+// other tag cost no branch each. Returns `n` when there is none.
+TAGWRIGHT_VECTOR_CLONES std::size_t nextPairCandidate(const unsigned char* bytes, std::size_t n,
+                                                      std::size_t from, unsigned char first,
+                                                      unsigned char second, unsigned char fold) {
+  constexpr std::size_t kBlock = 64;
+  auto isCandidate = [&](std::size_t i) {
+    unsigned char next = bytes[i + 1];
+    return (bytes[i] == first) & (((next | fold) == second) | (next >= 0x80));
+  };
+  std::size_t i = from;
+  while (i + kBlock < n) {
+    unsigned char any = 0;
+    for (std::size_t k = 0; k < kBlock; ++k) any |= static_cast<unsigned char>(isCandidate(i + k));
+    if (any != 0) {
+      for (std::size_t k = 0; k < kBlock; ++k) {
+        if (isCandidate(i + k)) return i + k;
+      }
+    }
+    i += kBlock;
+  }
+  for (; i + 1 < n; ++i) {
+    if (isCandidate(i)) return i;
+  }
+  return n;
+}
+
+bool holdsLoweredAt(std::string_view utf8, std::size_t at, TextView lowerWhat) {
+  for (char32_t want : lowerWhat) {
+    if (at >= utf8.size()) return false;
+    char32_t c;
+    at += decodeCharacter(utf8, at, c);
+    if (lowerChar(c) != want) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::size_t findLowered(std::string_view utf8, TextView lowerWhat, std::size_t from) {
+  const std::size_t n = utf8.size();
+  if (lowerWhat.empty()) return from <= n ? from : std::string_view::npos;
   // Only an ASCII letter has a capital, and no character beyond ASCII
   // lower-cases to ASCII punctuation, so the first character is found as it is.
   static_assert(noPunctuationFromBeyondAscii(), "the lower-case table maps onto ASCII punctuation");
-  const char32_t* end = text.data() + text.size();
-  const char32_t* at = text.data();
-  while (const char32_t* hit = findChar(at, end, lowerWhat[0])) {
-    if (static_cast<std::size_t>(end - hit) < lowerWhat.size()) return false;
-    std::size_t k = 1;
-    while (k < lowerWhat.size() && lowerChar(hit[k]) == lowerWhat[k]) ++k;
-    if (k == lowerWhat.size()) return true;
-    at = hit + 1;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(utf8.data());
+  const auto first = static_cast<unsigned char>(lowerWhat[0]);
+  const char32_t second = lowerWhat.size() > 1 ? lowerWhat[1] : 0;
+  if (second == 0 || second >= 0x80) {
+    // Not filtered by a second character; no opening marker but "<" is like this.
+    while (from < n) {
+      const void* hit = std::memchr(bytes + from, first, n - from);
+      if (hit == nullptr) break;
+      std::size_t at = static_cast<std::size_t>(static_cast<const unsigned char*>(hit) - bytes);
+      if (holdsLoweredAt(utf8, at, lowerWhat)) return at;
+      from = at + 1;
+    }
+    return std::string_view::npos;
   }
-  return false;
+  const unsigned char fold = (second >= U'a' && second <= U'z') ? 0x20 : 0x00;
+  const auto secondByte = static_cast<unsigned char>(second);
+  for (std::size_t at = nextPairCandidate(bytes, n, from, first, secondByte, fold); at < n;
+       at = nextPairCandidate(bytes, n, at + 1, first, secondByte, fold)) {
+    if (holdsLoweredAt(utf8, at, lowerWhat)) return at;
+  }
+  return std::string_view::npos;
+}
+
+bool holdsLowered(std::string_view utf8, TextView lowerWhat) {
+  return findLowered(utf8, lowerWhat, 0) != std::string_view::npos;
 }
 
 TextView left(TextView text, Int16 count) {

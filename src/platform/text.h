@@ -26,6 +26,10 @@ inline constexpr char32_t kBlank = U' ';
 
 // Appends the characters of `utf8` to `out`.
 void appendDecoded(std::string_view utf8, Text& out);
+// Makes `out` the characters of `utf8`, reusing its storage.
+void decodeInto(std::string_view utf8, Text& out);
+// The number of characters that `utf8` decodes to.
+std::size_t decodedLength(std::string_view utf8);
 Text fromUtf8(std::string_view utf8);
 // Appends the UTF-8 form of `text` to `out`; raw-byte characters become their byte.
 void appendEncoded(TextView text, std::string& out);
@@ -52,11 +56,15 @@ inline int ansiCode(char32_t c) { return c < 128 ? static_cast<int>(c) : 128; }
 // (Not named `search`: with <algorithm> visible, argument-dependent lookup
 // would find std::search and prefer it for two arguments of one type.)
 Int16 searchFrom(TextView text, TextView what, Int16 from);
-// True when lower(text) holds `lowerWhat`, found without making the
-// lower-cased copy: a chunk that holds no opening marker needs none.
+// True when lower(decoded utf8) holds `lowerWhat`, found without decoding or
+// lower-casing: a chunk that holds no opening marker needs neither.
 // REQUIRES: lowerWhat is lower case and begins with an ASCII character
 // other than a letter (every opening marker begins with "<").
-bool holdsLowered(TextView text, TextView lowerWhat);
+bool holdsLowered(std::string_view utf8, TextView lowerWhat);
+// The byte offset, at or after `from`, where `lowerWhat` begins in the
+// lower-cased characters of `utf8`, or npos. `from` must begin a character.
+// REQUIRES: as for holdsLowered.
+std::size_t findLowered(std::string_view utf8, TextView lowerWhat, std::size_t from);
 
 // The first or last `count` characters, or all of them if there are fewer.
 TextView left(TextView text, Int16 count);

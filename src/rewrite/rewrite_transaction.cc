@@ -41,7 +41,15 @@ void RewriteTransaction::begin() {
   platform_.copyAttributes(target_, tempName_);
 }
 
-void RewriteTransaction::write(TextView text) { platform_.writeText(outputFileNumber_, text); }
+void RewriteTransaction::write(std::string_view bytes) {
+  platform_.writeBytes(outputFileNumber_, bytes);
+}
+
+void RewriteTransaction::write(TextView text) {
+  encoded_.clear();
+  appendEncoded(text, encoded_);
+  write(std::string_view(encoded_));
+}
 
 void RewriteTransaction::commit() {
   // Synced before it takes the document's name, so that a power cut never

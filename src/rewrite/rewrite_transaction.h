@@ -1,6 +1,9 @@
 #ifndef TAGWRIGHT_REWRITE_REWRITE_TRANSACTION_H_
 #define TAGWRIGHT_REWRITE_REWRITE_TRANSACTION_H_
 
+#include <string>
+#include <string_view>
+
 #include "platform/int16.h"
 #include "platform/platform.h"
 #include "platform/text.h"
@@ -32,6 +35,7 @@ class RewriteTransaction {
   // emptied); other platform failures come through as they are.
   void begin();
   // Appends to the temporary file, exactly as given.
+  void write(std::string_view bytes);
   void write(TextView text);
   // Syncs and closes the temporary file and puts it in the document's place,
   // leaving the former document as the backup; then removes the stale
@@ -62,6 +66,7 @@ class RewriteTransaction {
   Text tempName_;
   Text backupName_;
   Int16 outputFileNumber_ = 0;
+  std::string encoded_;  // a text being written, as UTF-8
   bool ownsTempFile_ = false;
 };
 

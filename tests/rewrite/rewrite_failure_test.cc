@@ -40,7 +40,7 @@ TEST(RewriteFailure, EachFailure) {
   const std::tuple<const char*, int, K, bool, std::string, std::string, std::string> cases[] = {
       {"openForOutput", 1, K::kPermissionDenied, true, kOpenOutput, kBefore, kPrevious},
       {"read", 3, K::kDeviceIo, true, "ERROR: Device I/O error.", kBefore, kPrevious},
-      {"writeText", 2, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
+      {"writeBytes", 2, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
       {"syncFile", 1, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
       // Open, locked or read-only: the backup stays.
       {"deleteFile", 1, K::kPermissionDenied, true, kDeleteBackup, kBefore, kPrevious},

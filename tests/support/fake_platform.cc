@@ -73,10 +73,10 @@ void FakePlatform::openForOutput(Int16 fileNumber, TextView path) {
   open_[fileNumber.value()] = {.path = host, .bytes = ""};
 }
 
-void FakePlatform::writeText(Int16 fileNumber, TextView text) {
-  enter("writeText");
+void FakePlatform::writeBytes(Int16 fileNumber, std::string_view bytes) {
+  enter("writeBytes");
   OpenFile& file = open_.at(fileNumber.value());
-  appendEncoded(text, file.bytes);
+  file.bytes.append(bytes);
   unsynced_.insert(file.path);
 }
 

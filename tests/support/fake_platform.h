@@ -48,13 +48,13 @@ class FakePlatform : public Platform {
   Int16 nextFreeFileNumber() override;
   void openForInput(Int16 fileNumber, TextView path) override;
   void openForOutput(Int16 fileNumber, TextView path) override;
-  void readLine(Int16 fileNumber, Text& chunk) override {
-    open_.at(fileNumber.value()).reader->readLine(chunk);
+  void readLine(Int16 fileNumber, std::string& line) override {
+    open_.at(fileNumber.value()).reader->readLine(line);
   }
   bool endOfFile(Int16 fileNumber) override {
     return open_.at(fileNumber.value()).reader->endOfFile();
   }
-  void writeText(Int16 fileNumber, TextView text) override;
+  void writeBytes(Int16 fileNumber, std::string_view bytes) override;
   void syncFile(Int16 fileNumber) override;
   void closeFile(Int16 fileNumber) override;
   void closeAllFiles() override;

@@ -1,0 +1,33 @@
+#ifndef TAGWRIGHT_LOCATE_CHUNK_FILTER_H_
+#define TAGWRIGHT_LOCATE_CHUNK_FILTER_H_
+
+#include "files/read_next_chunk.h"
+#include "locate/element_types.h"
+#include "platform/text.h"
+#include "shell/query.h"
+
+namespace tagwright {
+
+// Tells, on the bytes of a chunk, the chunks that a scan would pass over:
+// those in which it would find no instance and would fail nowhere. Such a
+// chunk need not be decoded, and a rewrite copies it out as it came.
+class ChunkFilter {
+ public:
+  ChunkFilter(const Query& query, const ElementType& type) : query_(query), type_(type) {}
+
+  // False only when scanning `chunk` finds no instance and cannot fail.
+  bool mayHoldInstance(const Chunk& chunk);
+
+ private:
+  bool startTagIsInstance(std::string_view tag);
+
+  const Query& query_;
+  const ElementType& type_;
+  Text tagText_;
+  Text tagLower_;
+  Text closeMarker_;
+};
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_LOCATE_CHUNK_FILTER_H_
