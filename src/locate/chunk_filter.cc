@@ -15,8 +15,8 @@ constexpr std::size_t kLongestOverflowFreeChunk = 32767 - 3;
 std::string_view startTagAt(std::string_view bytes, std::size_t at) {
   const void* close = std::memchr(bytes.data() + at, '>', bytes.size() - at);
   if (close == nullptr) return bytes.substr(at);
-  return bytes.substr(at, static_cast<std::size_t>(static_cast<const char*>(close) -
-                                                   (bytes.data() + at)) + 1);
+  return bytes.substr(
+      at, static_cast<std::size_t>(static_cast<const char*>(close) - (bytes.data() + at)) + 1);
 }
 
 }  // namespace

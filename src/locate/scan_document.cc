@@ -1,7 +1,11 @@
 #include "locate/scan_document.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "files/read_next_chunk.h"
 #include "locate/chunk_filter.h"
@@ -23,13 +27,47 @@ struct ScanState {
   std::size_t lastCharacterBytes = 0;
   Text closeMarker;
   std::optional<RewriteTransaction> rewrite;
+  // The document's length and how much of it has been read, from which the
+  // room that the results will take is projected.
+  std::uint64_t documentBytes = 0;
+  std::uint64_t bytesRead = 0;
+  Platform* platform = nullptr;
+
+  // Appends a result's UTF-8 as it stands in the document, whose last
+  // character takes `lastBytes` of it.
+  void appendResultBytes(std::string_view bytes, std::size_t lastBytes) {
+    if (bytes.empty()) return;
+    makeRoomFor(bytes.size());
+    resultText.append(bytes);
+    lastCharacterBytes = lastBytes;
+  }
 
   void appendResult(TextView piece) {
     if (piece.empty()) return;
+    makeRoomFor(4 * piece.size());
     appendEncoded(piece.substr(0, piece.size() - 1), resultText);
     std::size_t before = resultText.size();
     appendEncoded(piece.substr(piece.size() - 1), resultText);
     lastCharacterBytes = resultText.size() - before;
+  }
+
+  // Grows the results at once to what the whole document will likely give
+  // at the rate seen so far, rather than by doubling: each doubling copies
+  // the text and fills fresh memory. Only what is written takes up memory.
+  void makeRoomFor(std::size_t bytes) {
+    const std::size_t needed = resultText.size() + bytes;
+    if (needed <= resultText.capacity()) return;
+    std::size_t room = std::max(needed, 2 * resultText.capacity());
+    if (bytesRead > 0 && documentBytes > bytesRead) {
+      const double rate = static_cast<double>(needed) / static_cast<double>(bytesRead);
+      const double projected = 1.125 * rate * static_cast<double>(documentBytes);
+      if (projected > static_cast<double>(room)) room = static_cast<std::size_t>(projected);
+    }
+    resultText.reserve(room);
+    constexpr std::size_t kLargeResult = 2 * 1024 * 1024;
+    if (room >= kLargeResult && platform != nullptr) {
+      platform->adviseLargeBuffer(resultText.data(), resultText.capacity());
+    }
   }
 };
 
@@ -67,6 +105,7 @@ class DocumentScan {
         type_(elementTypeFor(query.ElementName)),
         outerMarkup_(isOuterMarkup(query)),
         innerText_(query.ContentType == U"innertext"),
+        transformsText_(innerText_ || !query.SpanFunction.empty() || !query.StringFunction.empty()),
         filter_(query, type_) {}
 
   void run(Int16& matchesFound);
@@ -79,12 +118,27 @@ class DocumentScan {
     readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunk_,
                   writeMode_ ? &readFailure : nullptr);
     if (readFailure) throw *readFailure;
+    state_.bytesRead += chunk_.bytes.size();
   }
 
-  // Makes chunkText_ and chunkLower_ the characters of the chunk read last.
+  // Makes chunkLower_ the lower-cased characters of the chunk read last,
+  // which is all the search needs; their original case is decoded when a
+  // rewrite or a function asks for it.
   void decodeChunk() {
-    decodeInto(chunk_.bytes, chunkText_);
-    lowerInto(chunkText_, chunkLower_);
+    decodeLoweredInto(chunk_.bytes, chunkLower_, chunkOffsets_);
+    chunkTextDecoded_ = false;
+  }
+
+  const Text& chunkText() {
+    if (!chunkTextDecoded_) decodeInto(chunk_.bytes, chunkText_);
+    chunkTextDecoded_ = true;
+    return chunkText_;
+  }
+
+  // The bytes of the chunk's characters from index `start` up to `end`.
+  std::string_view chunkBytes(std::size_t start, std::size_t end) const {
+    const std::uint32_t from = chunkOffsets_[start];
+    return std::string_view(chunk_.bytes).substr(from, chunkOffsets_[end] - from);
   }
 
   void takeInstance(Int16& contentStart, Int16& matchesFound);
@@ -98,13 +152,16 @@ class DocumentScan {
   const ElementType type_;
   const bool outerMarkup_;
   const bool innerText_;
+  const bool transformsText_;
   ChunkFilter filter_;
 
   Int16 startRemaining_;
   Int16 countRemaining_;
   Int16 copyFrom_;
   Chunk chunk_;
+  std::vector<std::uint32_t> chunkOffsets_;
   Text chunkText_;
+  bool chunkTextDecoded_ = false;
   Text chunkLower_;
   Text foundText_;
   Text replacementText_;
@@ -113,6 +170,8 @@ class DocumentScan {
 
 void DocumentScan::run(Int16& matchesFound) {
   matchesFound = 0;
+  state_.documentBytes = call_.platform.fileSize(fileNumber_);
+  state_.platform = &call_.platform;
   startRemaining_ = query_.StartInstance;
   countRemaining_ = query_.CountInstances;
   if (writeMode_) {  // W1
@@ -144,7 +203,7 @@ void DocumentScan::run(Int16& matchesFound) {
       contentStart = searchFrom(chunkLower_, type_.openMarker, contentStart + 2);
     }
     if (writeMode_) {  // W7
-      outputText_.append(mid(chunkText_, copyFrom_));
+      outputText_.append(mid(chunkText(), copyFrom_));
       state_.rewrite->write(outputText_);
     }
     nextChunk();
@@ -161,13 +220,13 @@ void DocumentScan::run(Int16& matchesFound) {
 
 void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
   if (writeMode_) {  // W3, before the close search may move on to another chunk.
-    outputText_.append(mid(chunkText_, copyFrom_, contentStart - copyFrom_));
+    outputText_.append(mid(chunkText(), copyFrom_, contentStart - copyFrom_));
     copyFrom_ = contentStart;
   }
   const Text& closeMarker = state_.closeMarker;
   Int16 closePos = searchFrom(chunkLower_, closeMarker, contentStart);
-  while (closePos == 0 && !chunkText_.empty()) {
-    foundText_.append(mid(chunkText_, contentStart));
+  while (closePos == 0 && !chunk_.empty()) {
+    foundText_.append(mid(chunkText(), contentStart));
     contentStart = 1;
     nextChunk();
     decodeChunk();
@@ -179,19 +238,28 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
   // An instance whose close marker stands right at contentStart has no
   // content: no text, no separator, nothing replaced, and contentStart stays.
   if (closePos > contentStart || !foundText_.empty()) {
-    if (writeMode_) copyFrom_ = closePos;  // W4
-    foundText_.append(mid(chunkText_, contentStart, closePos - contentStart));
+    if (writeMode_) copyFrom_ = closePos;            // W4
     if (writeMode_) replacementText_ = newContent_;  // W5
-    if (!query_.SpanFunction.empty()) {
-      foundText_ =
-          applySpanFunction(matchesFound, query_.SpanFunction, foundText_, query_.ContentType,
-                            newContent_, replacementText_, writeMode_, call_.resultSeparator);
-    } else if (!query_.StringFunction.empty()) {
-      foundText_ = applyStringFunction(query_.StringFunction, foundText_);
+    if (!foundText_.empty() || transformsText_) {
+      foundText_.append(mid(chunkText(), contentStart, closePos - contentStart));
+      if (!query_.SpanFunction.empty()) {
+        foundText_ =
+            applySpanFunction(matchesFound, query_.SpanFunction, foundText_, query_.ContentType,
+                              newContent_, replacementText_, writeMode_, call_.resultSeparator);
+      } else if (!query_.StringFunction.empty()) {
+        foundText_ = applyStringFunction(query_.StringFunction, foundText_);
+      }
+      if (innerText_) foundText_ = stripMarkup(foundText_);
+      if (!trim(foundText_).empty()) state_.appendResult(foundText_);
+    } else {
+      // Text taken as it stands within one chunk is copied as it was read.
+      const std::size_t start = contentStart.index();
+      const std::size_t end = std::min(closePos.index(), chunkLower_.size());
+      const std::string_view found = chunkBytes(start, end);
+      if (found.find_first_not_of(' ') != std::string_view::npos) {
+        state_.appendResultBytes(found, chunkBytes(end - 1, end).size());
+      }
     }
-    if (innerText_) foundText_ = stripMarkup(foundText_);
-    if (trim(foundText_).empty()) foundText_.clear();
-    state_.appendResult(foundText_);
     // A span function puts a separator behind each span itself.
     if (query_.SpanFunction.empty()) state_.appendResult(call_.resultSeparator);
     if (writeMode_) outputText_.append(replacementText_);  // W6

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <string>
 
-
 namespace tagwright {
 
 // Where a LineReader gets its bytes from.

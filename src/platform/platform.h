@@ -1,6 +1,7 @@
 #ifndef TAGWRIGHT_PLATFORM_PLATFORM_H_
 #define TAGWRIGHT_PLATFORM_PLATFORM_H_
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -50,6 +51,8 @@ class Platform {
   // True when nothing is left to read: at once on an empty file, and right
   // after the last line has been read, whether or not it had a line end.
   virtual bool endOfFile(Int16 fileNumber) = 0;
+  // The length in bytes of the open file, as it was when opened.
+  virtual std::uint64_t fileSize(Int16 fileNumber) = 0;
   // Writes `bytes` exactly, adding nothing.
   virtual void writeBytes(Int16 fileNumber, std::string_view bytes) = 0;
   // Makes what was written durable: flushed and synced to the disk.
@@ -85,6 +88,11 @@ class Platform {
   // `pattern`, in ascending order of their bytes. A folder that does not
   // exist lists nothing; one that cannot be read throws.
   virtual std::vector<Text> listMatchingFiles(TextView pattern) = 0;
+
+  // A hint that the `size` bytes at `data`, fresh memory, are about to be
+  // filled from start to end, so that the system may back them with large
+  // pages and take fewer faults. It changes no result and never fails.
+  virtual void adviseLargeBuffer(void* data, std::size_t size) = 0;
 
   // The local date and time now, less `daysAgo` days.
   virtual LocalTime localTime(int daysAgo) = 0;

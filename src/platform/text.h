@@ -1,8 +1,10 @@
 #ifndef TAGWRIGHT_PLATFORM_TEXT_H_
 #define TAGWRIGHT_PLATFORM_TEXT_H_
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/int16.h"
 
@@ -28,6 +30,11 @@ inline constexpr char32_t kBlank = U' ';
 void appendDecoded(std::string_view utf8, Text& out);
 // Makes `out` the characters of `utf8`, reusing its storage.
 void decodeInto(std::string_view utf8, Text& out);
+// Makes `lower` the lower-cased characters of `utf8`, as lowerInto makes
+// them, and `offsets` the byte in `utf8` where each one begins, followed by
+// the length of `utf8`: the characters from index a up to index b are the
+// bytes from offsets[a] up to offsets[b]. REQUIRES: utf8 is under 4 GiB.
+void decodeLoweredInto(std::string_view utf8, Text& lower, std::vector<std::uint32_t>& offsets);
 // The number of characters that `utf8` decodes to.
 std::size_t decodedLength(std::string_view utf8);
 Text fromUtf8(std::string_view utf8);

@@ -54,6 +54,9 @@ class FakePlatform : public Platform {
   bool endOfFile(Int16 fileNumber) override {
     return open_.at(fileNumber.value()).reader->endOfFile();
   }
+  std::uint64_t fileSize(Int16 fileNumber) override {
+    return open_.at(fileNumber.value()).bytes.size();
+  }
   void writeBytes(Int16 fileNumber, std::string_view bytes) override;
   void syncFile(Int16 fileNumber) override;
   void closeFile(Int16 fileNumber) override;
@@ -67,6 +70,7 @@ class FakePlatform : public Platform {
   void copyAttributes(TextView, TextView) override { enter("copyAttributes"); }
   Text resolveLinks(TextView path) override { return enter("resolveLinks"), Text(path); }
   std::vector<Text> listMatchingFiles(TextView pattern) override;
+  void adviseLargeBuffer(void*, std::size_t) override {}
   LocalTime localTime(int daysAgo) override;
   std::unique_ptr<RandomGenerator> seededRandom() override;
   std::optional<std::string> readSettingsFile() override { return settings; }
