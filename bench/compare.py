@@ -53,7 +53,9 @@ class Tool:
 
     def __init__(self, name, role, tasks, level, command):
         self.name = name
-        self.role = role  # "tagwright", "peer", "ceiling" (the C scan) or "floor" (the C copy)
+        # "tagwright", "tagwright-chunk" (tagwright at another chunk length), "peer",
+        # "ceiling" (the C scan) or "floor" (the C copy)
+        self.role = role
         self.tasks = tasks
         self.level = level  # "exact" or "normalised"
         self.command = command  # (task, page path, new content) -> list of argv
@@ -64,7 +66,11 @@ def physical(path):
     return "C:" + os.path.abspath(path).replace("/", "\\")
 
 
-def make_tools(tagwright, binaries):
+def is_tagwright(tool):
+    return tool.role in ("tagwright", "tagwright-chunk")
+
+
+def make_tools(tagwright, binaries, work):
     peers = os.path.join(BENCH, "peers")
     locate_target = ["--element-name", "div", "--attribute-name", "id",
                      "--attribute-value", "target"]
@@ -89,8 +95,20 @@ def make_tools(tagwright, binaries):
         return [["xmllint", "--html", "--xpath", xpath, path],
                 [PYTHON, os.path.join(peers, "xmllint_split.py"), task]]
 
+    def at_chunk_length(length):
+        """tagwright with its chunk length set by a settings file: the results must not
+        change with it."""
+        settings = os.path.join(work, "settings-chunk-%d.conf" % length)
+        with open(settings, "w") as file:
+            file.write("BufferLengthCharacters=%d\n" % length)
+        return lambda task, path, new: [["env", "TAGWRIGHT_SETTINGS=" + settings, *argv]
+                                        for argv in tagwright_command(task, path, new)]
+
     return [
         Tool("tagwright", "tagwright", "ABCD", "exact", tagwright_command),
+        Tool("tagwright, chunk 257", "tagwright-chunk", "ABCD", "exact", at_chunk_length(257)),
+        Tool("tagwright, chunk 30000", "tagwright-chunk", "ABCD", "exact",
+             at_chunk_length(30000)),
         Tool("perl regex", "peer", "ABCD", "exact", script(["perl"], "perl_regex.pl")),
         Tool("htmlparser2", "peer", "ABCD", "exact", script(["node"], "htmlparser2_stream.js")),
         Tool("lxml", "peer", "ABCD", "normalised", script([PYTHON], "lxml_tree.py")),
@@ -248,7 +266,7 @@ def judge(tool, task, page, run, rewritten_path):
     if task in ("A", "B"):
         expected = page.paragraph_pieces[task]
         label = ""
-        if tool.role == "tagwright" and page.capped:
+        if is_tagwright(tool) and page.capped:
             expected = expected[:page.facts["cap"]]
             label = ", first %s (cap)" % format(page.facts["cap"], ",")
         agreement = compare_results(output, expected, tool.level)
@@ -265,7 +283,7 @@ def judge(tool, task, page, run, rewritten_path):
     copy_only = tool.role == "floor"
     expected_document = page.original if copy_only else page.rewritten
     agreement = compare_texts(document, expected_document, tool.level, "the rewritten document")
-    if tool.role == "tagwright":
+    if is_tagwright(tool):
         # What a rewrite returns is the text it replaced.
         compare_texts(output, page.answers["C"], "exact", "the replaced text returned")
     if matches != (0 if copy_only else 1):
@@ -331,7 +349,7 @@ class Row:
     @property
     def measured_bytes(self):
         """What the tool had to read: a capped read stops behind the 32,000th <p>."""
-        if self.tool.role == "tagwright" and self.task in "AB" and self.page.capped:
+        if is_tagwright(self.tool) and self.task in "AB" and self.page.capped:
             return self.page.facts["cap_end_offset"]
         return self.page.bytes
 
@@ -419,7 +437,8 @@ def table(rows_by_task, self_test):
             else:
                 cells += [format_count(row.results), row.agreement]
                 if not self_test:
-                    ratio = paired_ratio(row, tagwright)
+                    ratio = (paired_ratio(row, tagwright)
+                             if row.tool.role != "tagwright-chunk" else None)
                     cells += ["%.3f" % row.median,
                               "%.0f" % (row.measured_bytes / MIB / row.median),
                               "%.0f" % (max(run.peak_kib for run in row.runs) / 1024),
@@ -437,7 +456,8 @@ def headline(rows_by_task):
             if rows[0].task != task:
                 continue
             tagwright = next(row for row in rows if row.tool.role == "tagwright")
-            ratios = [(row.tool.name, paired_ratio(row, tagwright)) for row in rows]
+            ratios = [(row.tool.name, paired_ratio(row, tagwright)) for row in rows
+                      if row.tool.role != "tagwright-chunk"]
             ratios = [(name, ratio) for name, ratio in ratios if ratio]
             if ratios and (best is None or rows[0].page.size_mib > best[0]):
                 best = (rows[0].page.size_mib, ratios)
@@ -478,6 +498,9 @@ def notes(pages, self_test):
                  " *normalised* (whole-tree peers, which write markup back from their tree) after"
                  " decoding entities, dropping CR and white space between tags, reading `/>` as"
                  " `>` and other white space runs as one blank.")
+    lines.append("- *tagwright, chunk 257* and *chunk 30000*: tagwright with its chunk length"
+                 " (BufferLengthCharacters, 2048 by default) set by a settings file; its results"
+                 " must not change with it.")
     if not self_test:
         lines.append("- Wall time of the whole process (start-up included), median of the timed"
                      " runs after one untimed, checked run; peak RSS is the largest of the runs"
@@ -529,7 +552,7 @@ def chart(rows_by_task, pages, path):
     tools = []
     for rows in rows_by_task:
         for row in rows:
-            if row.tool.name not in tools:
+            if row.tool.name not in tools and row.tool.role != "tagwright-chunk":
                 tools.append(row.tool.name)
     colours = ["#d62728", "#1f77b4", "#2ca02c", "#ff7f0e", "#9467bd", "#7f7f7f", "#bcbd22",
                "#17becf"]
@@ -554,7 +577,7 @@ def chart(rows_by_task, pages, path):
                 data.write("%s %s\n" % (task, " ".join(values)))
             data.write("\n\n")
             failed = any(row.failure for rows in rows_by_task for row in rows
-                         if row.page is page and row.tool.role == "tagwright")
+                         if row.page is page and is_tagwright(row.tool))
             title = "%d MiB page%s%s" % (
                 page.size_mib, " (tagwright rows that failed have no bar)" if failed else "",
                 " (tagwright A, B: the first 32,000 <p> only)" if page.capped else "")
@@ -624,7 +647,7 @@ def main():
     os.makedirs(pages_dir, exist_ok=True)
     pages = [Page(size, pages_dir) for size in sizes]
     binaries = {name: os.path.join(args.bin, name) for name in ("scan_markers", "copy_rename")}
-    tools = make_tools(os.path.abspath(args.tagwright), binaries)
+    tools = make_tools(os.path.abspath(args.tagwright), binaries, os.path.abspath(args.work))
     env = dict(os.environ, NODE_PATH="/usr/share/nodejs", LC_ALL="C.UTF-8",
                PYTHONDONTWRITEBYTECODE="1")
 
