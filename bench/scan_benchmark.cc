@@ -1,6 +1,7 @@
-// Scan throughput through readXPointer on generated pages on disk, swept
-// over document size and chunk length. Each benchmark checks its match count
-// before it is timed.
+// Scan throughput through readXPointer, with each matcher, and rewrite
+// throughput through writeXPointer, on generated pages on disk, swept over
+// document size and chunk length. Each benchmark checks its count before it
+// is timed.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -80,6 +81,15 @@ void ProcessingInstructionsNone(benchmark::State& state) {
   runScan(state, {"#pi", "*", "*", "innerMarkup", [](const GeneratedPage&) { return 0; }});
 }
 
+void Comments(benchmark::State& state) {
+  runScan(state, {"#comment", "*", "*", "innerMarkup", unchecked});
+}
+
+// The page's one declaration names no public or system identifier: no instance.
+void DoctypeNone(benchmark::State& state) {
+  runScan(state, {"#dtd", "*", "*", "innerMarkup", [](const GeneratedPage&) { return 0; }});
+}
+
 void AnyElement(benchmark::State& state) {
   runScan(state, {"#element", "*", "*", "innerMarkup", unchecked});
 }
@@ -93,6 +103,28 @@ void ParagraphsInnerText(benchmark::State& state) {
                   [](const GeneratedPage& page) { return std::min(page.paragraphs, 32000); }});
 }
 
+// The target's content replaced by itself, so that every round rewrites the
+// same document: read, copy out, sync, and the backup rotation.
+void RewriteTarget(benchmark::State& state) {
+  const PageOnDisk& disk = pageOfSize(static_cast<std::size_t>(state.range(0)));
+  Tagwright instance;
+  TagwrightTestAccess::setBufferLength(instance, static_cast<std::int32_t>(state.range(1)));
+  auto rewrite = [&] {
+    std::string replaced;
+    int count = instance.writeXPointer("<p>The one target paragraph.</p>", disk.path, "div", "id",
+                                       "target", 1, 1, "innerMarkup", "", "", &replaced);
+    benchmark::DoNotOptimize(replaced);
+    return count;
+  };
+  if (int count = rewrite(); count != 1) {
+    state.SkipWithError(("expected 1 rewrite, got " + std::to_string(count)).c_str());
+    return;
+  }
+  for (auto _ : state) rewrite();
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                          static_cast<std::int64_t>(disk.page.bytes.size()));
+}
+
 void sizesAndChunks(benchmark::internal::Benchmark* b) {
   for (int megabytes : {4, 16}) {
     for (int chunk : {257, 2048, 30000}) b->Args({megabytes, chunk});
@@ -102,9 +134,12 @@ void sizesAndChunks(benchmark::internal::Benchmark* b) {
 
 BENCHMARK(ServerCode)->Apply(sizesAndChunks);
 BENCHMARK(ProcessingInstructionsNone)->Apply(sizesAndChunks);
+BENCHMARK(Comments)->Apply(sizesAndChunks);
+BENCHMARK(DoctypeNone)->Apply(sizesAndChunks);
 BENCHMARK(AnyElement)->Apply(sizesAndChunks);
 BENCHMARK(NamedElementWithAttribute)->Apply(sizesAndChunks);
 BENCHMARK(ParagraphsInnerText)->Apply(sizesAndChunks);
+BENCHMARK(RewriteTarget)->Apply(sizesAndChunks);
 
 }  // namespace
 }  // namespace tagwright
