@@ -1,14 +1,9 @@
 #include "files/read_next_chunk.h"
 
+#include <algorithm>
+
 namespace tagwright {
 namespace {
-
-constexpr std::string_view kLineEnd = "\r\n";
-
-void readLineInto(Platform& platform, Int16 fileNumber, std::string& bytes) {
-  platform.readLine(fileNumber, bytes);
-  bytes.append(kLineEnd);
-}
 
 // The characters of a chunk, counted as its lines come in. A byte gives at
 // most one character, so the bytes not yet counted bound what they add, and
@@ -21,6 +16,11 @@ class CharacterCount {
   bool below(std::size_t threshold) {
     if (counted_ + (bytes_.size() - countedBytes_) < threshold) return true;
     return total() < threshold;
+  }
+  // The length the bytes may grow to, while below(threshold), before their
+  // characters could reach it.
+  std::size_t safeLength(std::size_t threshold) const {
+    return countedBytes_ + (threshold - counted_);
   }
   std::size_t total() {
     counted_ += decodedLength(std::string_view(bytes_).substr(countedBytes_));
@@ -58,13 +58,16 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
   try {
     const std::size_t threshold = bufferLength > 0 ? static_cast<std::size_t>(bufferLength) : 0;
     CharacterCount count(chunk.bytes);
+    // Lines come in bulk up to the length at which the threshold could be
+    // reached, then one at a time, counted, until it is.
     while (count.below(threshold) && !platform.endOfFile(fileNumber)) {
-      readLineInto(platform, fileNumber, chunk.bytes);
+      const std::size_t oneLine = chunk.bytes.size() + 1;
+      platform.readLines(fileNumber, chunk.bytes, std::max(oneLine, count.safeLength(threshold)));
     }
     if (!platform.endOfFile(fileNumber)) {
       for (int extension = 0; extension <= 4; ++extension) {
         if (endsInTagEnd(chunk.bytes) || platform.endOfFile(fileNumber)) break;
-        readLineInto(platform, fileNumber, chunk.bytes);
+        platform.readLines(fileNumber, chunk.bytes, chunk.bytes.size() + 1);
       }
     }
     chunk.characters = count.total();

@@ -1,6 +1,9 @@
 #include "platform/line_reader.h"
 
 #include <cstring>
+#include <string_view>
+
+#include "platform/vector_clones.h"
 
 namespace tagwright {
 
@@ -35,6 +38,49 @@ void LineReader::readLine(std::string& out) {
     if (begin_ == end_) fill();
     if (begin_ < end_ && buffer_[begin_] == '\n') ++begin_;
     return;
+  }
+}
+
+namespace {
+
+// True when a CR in the first `n` bytes is not followed by LF; the byte
+// behind the last of them must be readable.
+TAGWRIGHT_VECTOR_CLONES bool holdsLoneCr(const char* bytes, std::size_t n) {
+  unsigned char any = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    any |= static_cast<unsigned char>((bytes[i] == '\r') & (bytes[i + 1] != '\n'));
+  }
+  return any != 0;
+}
+
+}  // namespace
+
+// The length of the run of whole lines at the front of the buffer that ends
+// with the first line end at or past `wanted` bytes, or with the buffer's
+// last line end when the buffer is shorter, provided every line of it ends
+// in CR LF: such a run is its own chunk form and is copied whole. 0 when
+// there is none.
+std::size_t LineReader::wholeCrLfLines(std::size_t wanted) const {
+  const std::string_view rest(buffer_.data() + begin_, end_ - begin_);
+  if (rest.size() < 2) return 0;
+  // A CR at `wanted` - 2 or later ends a run of at least `wanted` bytes.
+  const std::size_t from = wanted >= 2 ? wanted - 2 : 0;
+  const std::size_t cr =
+      from < rest.size() - 1 ? rest.find('\r', from) : rest.substr(0, rest.size() - 1).rfind('\r');
+  if (cr == std::string_view::npos || cr + 1 >= rest.size() || rest[cr + 1] != '\n') return 0;
+  if (holdsLoneCr(rest.data(), cr)) return 0;
+  return cr + 2;
+}
+
+void LineReader::readLines(std::string& out, std::size_t untilSize) {
+  while (out.size() < untilSize && !endOfFile()) {
+    if (std::size_t run = wholeCrLfLines(untilSize - out.size()); run > 0) {
+      out.append(buffer_.data() + begin_, run);
+      begin_ += run;
+      continue;
+    }
+    readLine(out);
+    out.append("\r\n");
   }
 }
 

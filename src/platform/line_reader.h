@@ -24,11 +24,15 @@ class LineReader {
 
   // Appends the bytes of the next line to `out`. REQUIRES: !endOfFile().
   void readLine(std::string& out);
+  // Appends lines, each followed by CR LF, until `out` holds at least
+  // `untilSize` bytes or no byte is left.
+  void readLines(std::string& out, std::size_t untilSize);
   // True when no byte is left, which may need a read to find out.
   bool endOfFile();
 
  private:
   bool fill();
+  std::size_t wholeCrLfLines(std::size_t wanted) const;
 
   ByteSource& source_;
   std::string buffer_;

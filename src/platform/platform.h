@@ -44,10 +44,12 @@ class Platform {
   virtual void openForInput(Int16 fileNumber, TextView path) = 0;
   // Creates the file, or empties it if it exists.
   virtual void openForOutput(Int16 fileNumber, TextView path) = 0;
-  // Appends the bytes of the next line to `line` and moves past its line
-  // end. A line end is CR or CR LF and is not appended; a lone LF stays in
-  // the line. REQUIRES: !endOfFile(fileNumber).
-  virtual void readLine(Int16 fileNumber, std::string& line) = 0;
+  // Appends whole lines to `bytes`, each followed by CR LF in place of its
+  // line end, until `bytes` holds at least `untilSize` bytes or nothing is
+  // left. A line end is CR or CR LF; a lone LF stays in the line; a last
+  // line without a line end gets CR LF too. Lines come in bulk so that a
+  // chunk costs one call, not one per line.
+  virtual void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize) = 0;
   // True when nothing is left to read: at once on an empty file, and right
   // after the last line has been read, whether or not it had a line end.
   virtual bool endOfFile(Int16 fileNumber) = 0;

@@ -197,8 +197,8 @@ class PosixPlatform : public Platform {
     openUnder(fileNumber, fd, true, 0);
   }
 
-  void readLine(Int16 fileNumber, std::string& line) override {
-    fileOf(fileNumber).reader.readLine(line);
+  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize) override {
+    fileOf(fileNumber).reader.readLines(bytes, untilSize);
   }
 
   bool endOfFile(Int16 fileNumber) override {

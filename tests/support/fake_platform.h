@@ -48,8 +48,8 @@ class FakePlatform : public Platform {
   Int16 nextFreeFileNumber() override;
   void openForInput(Int16 fileNumber, TextView path) override;
   void openForOutput(Int16 fileNumber, TextView path) override;
-  void readLine(Int16 fileNumber, std::string& line) override {
-    open_.at(fileNumber.value()).reader->readLine(line);
+  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize) override {
+    open_.at(fileNumber.value()).reader->readLines(bytes, untilSize);
   }
   bool endOfFile(Int16 fileNumber) override {
     return open_.at(fileNumber.value()).reader->endOfFile();
