@@ -10,6 +10,7 @@
 #include "files/read_next_chunk.h"
 #include "locate/chunk_filter.h"
 #include "locate/element_types.h"
+#include "locate/result_text.h"
 #include "locate/transforms/apply_span_function.h"
 #include "locate/transforms/apply_string_function.h"
 #include "locate/transforms/strip_markup.h"
@@ -20,55 +21,9 @@ namespace {
 
 // The values of one scan that its failure texts are made of.
 struct ScanState {
-  // The results collected so far, each with its separator, already in the
-  // UTF-8 they are returned in: a quarter of the memory of 32-bit characters.
-  std::string resultText;
-  // The bytes of the last character of resultText, for the last cut.
-  std::size_t lastCharacterBytes = 0;
+  std::optional<ResultText> results;
   Text closeMarker;
   std::optional<RewriteTransaction> rewrite;
-  // The document's length and how much of it has been read, from which the
-  // room that the results will take is projected.
-  std::uint64_t documentBytes = 0;
-  std::uint64_t bytesRead = 0;
-  Platform* platform = nullptr;
-
-  // Appends a result's UTF-8 as it stands in the document, whose last
-  // character takes `lastBytes` of it.
-  void appendResultBytes(std::string_view bytes, std::size_t lastBytes) {
-    if (bytes.empty()) return;
-    makeRoomFor(bytes.size());
-    resultText.append(bytes);
-    lastCharacterBytes = lastBytes;
-  }
-
-  void appendResult(TextView piece) {
-    if (piece.empty()) return;
-    makeRoomFor(4 * piece.size());
-    appendEncoded(piece.substr(0, piece.size() - 1), resultText);
-    std::size_t before = resultText.size();
-    appendEncoded(piece.substr(piece.size() - 1), resultText);
-    lastCharacterBytes = resultText.size() - before;
-  }
-
-  // Grows the results at once to what the whole document will likely give
-  // at the rate seen so far, rather than by doubling: each doubling copies
-  // the text and fills fresh memory. Only what is written takes up memory.
-  void makeRoomFor(std::size_t bytes) {
-    const std::size_t needed = resultText.size() + bytes;
-    if (needed <= resultText.capacity()) return;
-    std::size_t room = std::max(needed, 2 * resultText.capacity());
-    if (bytesRead > 0 && documentBytes > bytesRead) {
-      const double rate = static_cast<double>(needed) / static_cast<double>(bytesRead);
-      const double projected = 1.125 * rate * static_cast<double>(documentBytes);
-      if (projected > static_cast<double>(room)) room = static_cast<std::size_t>(projected);
-    }
-    resultText.reserve(room);
-    constexpr std::size_t kLargeResult = 2 * 1024 * 1024;
-    if (room >= kLargeResult && platform != nullptr) {
-      platform->adviseLargeBuffer(resultText.data(), resultText.capacity());
-    }
-  }
 };
 
 Text failureText(const Failure& failure, const ScanState& state) {
@@ -79,8 +34,9 @@ Text failureText(const Failure& failure, const ScanState& state) {
     case 60002:
       return U"Cannot open output file to write new content.";
     case 60003:
-      return U"Found '" + fromUtf8(state.resultText) + U"'" + U"--> Missing element end tag '" +
-             state.closeMarker + U"'.";
+      // Raised only once the results are set up.
+      return U"Found '" + fromUtf8(state.results->text()) + U"'" +
+             U"--> Missing element end tag '" + state.closeMarker + U"'.";
     case 60010:
       return U"Cannot delete old backup file' " + state.rewrite->backupName() + U"'.";
     case 60011:
@@ -118,7 +74,7 @@ class DocumentScan {
     readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunk_,
                   writeMode_ ? &readFailure : nullptr);
     if (readFailure) throw *readFailure;
-    state_.bytesRead += chunk_.bytes.size();
+    state_.results->noteRead(chunk_.bytes.size());
   }
 
   // Makes chunkLower_ the lower-cased characters of the chunk read last,
@@ -170,8 +126,7 @@ class DocumentScan {
 
 void DocumentScan::run(Int16& matchesFound) {
   matchesFound = 0;
-  state_.documentBytes = call_.platform.fileSize(fileNumber_);
-  state_.platform = &call_.platform;
+  state_.results.emplace(call_.platform, call_.platform.fileSize(fileNumber_));
   startRemaining_ = query_.StartInstance;
   countRemaining_ = query_.CountInstances;
   if (writeMode_) {  // W1
@@ -250,18 +205,18 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
         foundText_ = applyStringFunction(query_.StringFunction, foundText_);
       }
       if (innerText_) foundText_ = stripMarkup(foundText_);
-      if (!trim(foundText_).empty()) state_.appendResult(foundText_);
+      if (!trim(foundText_).empty()) state_.results->append(foundText_);
     } else {
       // Text taken as it stands within one chunk is copied as it was read.
       const std::size_t start = contentStart.index();
       const std::size_t end = std::min(closePos.index(), chunkLower_.size());
       const std::string_view found = chunkBytes(start, end);
       if (found.find_first_not_of(' ') != std::string_view::npos) {
-        state_.appendResultBytes(found, chunkBytes(end - 1, end).size());
+        state_.results->appendBytes(found, chunkBytes(end - 1, end).size());
       }
     }
     // A span function puts a separator behind each span itself.
-    if (query_.SpanFunction.empty()) state_.appendResult(call_.resultSeparator);
+    if (query_.SpanFunction.empty()) state_.results->append(call_.resultSeparator);
     if (writeMode_) outputText_.append(replacementText_);  // W6
     contentStart = closePos;
   }
@@ -287,11 +242,7 @@ Text scanDocument(const CallContext& call, std::string& scanResult, const Query&
     if (state.rewrite) state.rewrite->abandon();
     throw;
   }
-  // The last cut: one character, whatever the separator's length.
-  if (!state.resultText.empty()) {
-    state.resultText.resize(state.resultText.size() - state.lastCharacterBytes);
-    scanResult = std::move(state.resultText);
-  }
+  scanResult = state.results->takeWithoutLastCharacter();
   return {};
 }
 

@@ -1,0 +1,45 @@
+#include "locate/result_text.h"
+
+#include <algorithm>
+
+namespace tagwright {
+
+void ResultText::append(TextView piece) {
+  if (piece.empty()) return;
+  makeRoomFor(4 * piece.size());
+  appendEncoded(piece.substr(0, piece.size() - 1), text_);
+  const std::size_t before = text_.size();
+  appendEncoded(piece.substr(piece.size() - 1), text_);
+  lastCharacterBytes_ = text_.size() - before;
+}
+
+void ResultText::appendBytes(std::string_view bytes, std::size_t lastCharacterBytes) {
+  if (bytes.empty()) return;
+  makeRoomFor(bytes.size());
+  text_.append(bytes);
+  lastCharacterBytes_ = lastCharacterBytes;
+}
+
+std::string ResultText::takeWithoutLastCharacter() {
+  if (text_.empty()) return {};
+  text_.resize(text_.size() - lastCharacterBytes_);
+  return std::move(text_);
+}
+
+void ResultText::makeRoomFor(std::size_t bytes) {
+  const std::size_t needed = text_.size() + bytes;
+  if (needed <= text_.capacity()) return;
+  std::size_t room = std::max(needed, 2 * text_.capacity());
+  if (bytesRead_ > 0 && documentBytes_ > bytesRead_) {
+    // An eighth more than the rate so far, so that a rate that creeps up
+    // does not cost a second copy near the end.
+    const double rate = static_cast<double>(needed) / static_cast<double>(bytesRead_);
+    const double projected = 1.125 * rate * static_cast<double>(documentBytes_);
+    if (projected > static_cast<double>(room)) room = static_cast<std::size_t>(projected);
+  }
+  text_.reserve(room);
+  constexpr std::size_t kLargeText = 2 * 1024 * 1024;
+  if (room >= kLargeText) platform_.adviseLargeBuffer(text_.data(), text_.capacity());
+}
+
+}  // namespace tagwright
