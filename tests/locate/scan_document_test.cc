@@ -9,12 +9,6 @@
 namespace tagwright {
 namespace {
 
-std::string repeat(const std::string& text, int times) {
-  std::string out;
-  for (int i = 0; i < times; ++i) out += text;
-  return out;
-}
-
 const char* const kOuter = "outerMarkup";
 const char* const kText = "innerText";
 
@@ -158,6 +152,70 @@ TEST(ScanDocument, OneLinePageLongerThan32767) {
       {"DoctypeWithoutFarBracket", doctype, q("#dtd"), "DOCTYPE html PUBLIC \"x\"", 1},
       {"CommentBeyondLimit", std::string(32764, 'x') + "<!--c-->", q("#comment"), overflow, -1},
   });
+}
+
+// Chunks whose candidates all fail on their start tags are passed over on
+// their bytes, and plain results are copied from the bytes read. Neither may
+// change what a read gives: a refused tag still hides the tag right behind
+// it, a chunk too long for 16-bit positions is still scanned to its
+// overflow, and the last cut takes one character of 1 to 4 bytes.
+TEST(ScanDocument, BytesAndChunksPassedOver) {
+  const std::string filler = repeat("<div class=\"\xC3\xA9\">y</div>\r\n", 40);
+  const std::string hidden = filler + "<div class=\"a\"><DIV id=\"t\">x</div>\r\n" + filler +
+                             "<DIV Id='T'>\xC3\xA9z\xFF</div>\r\n" + filler;
+  const Request t{.element = "div", .attributeName = "id", .attributeValue = "t"};
+  Request tOuter = t, anyT = t, anyTOuter = t;
+  tOuter.contentType = anyTOuter.contentType = kOuter;
+  anyT.element = anyTOuter.element = "#element";
+  const std::string both = "<DIV id=\"t\">x</div>;<DIV Id='T'>\xC3\xA9z\xFF</div>";
+  std::vector<ReadCase> cases;
+  for (std::int32_t length : {1, 257, 30000}) {
+    cases.push_back({"RefusedTagHidesTheNext", hidden, t, "\xC3\xA9z\xFF", 1, length});
+    cases.push_back({"RefusedTagHidesTheNextAny", hidden, anyT, "\xC3\xA9z\xFF", 1, length});
+    cases.push_back({"RefusedTagOuter", hidden, tOuter, both, 2, length});
+    cases.push_back({"RefusedTagOuterAny", hidden, anyTOuter, both, 2, length});
+  }
+  const std::string refused = "<p class=\"b\">y</p>", overflow = "ERROR: Overflow.";
+  const Request p{.element = "p", .attributeName = "id"};
+  const std::string longLine = repeat(std::string(3000, 'x') + "\r\n", 11);
+  const std::string lastTag = "<p class=\"b\">";  // a chunk of 15 characters more
+  const std::string cut =
+      "<p>a\xC3\xA9</p><p>b\xE2\x82\xAC</p><p>c\xF0\x9F\x98\x80</p><p>d\xFF</p><p>\xC3</p>";
+  const std::string blanks = "<p>  </p><p> a b </p><p>\t</p><p> </p>";
+  const std::string dotted = "<D\xC4\xB0V>\xE2\x84\xAA</D\xC4\xB0V>";
+  const std::vector<ReadCase> more = {
+      {"OnlyCandidateBeyond32767", std::string(40000, 'x') + refused, p, overflow, -1},
+      {"InvalidBytesCountAsCharacters", repeat("\x80", 40000) + refused, p, overflow, -1},
+      {"TwoByteCharactersCountOnce", repeat("\xC3\xA9", 20000) + refused, p, "", 0},
+      {"ChunkLengthReachedByLongLines", longLine + refused + "\r\n" + longLine, p, overflow, -1,
+       30000},
+      {"Chunk32764", repeat("\xC3\xA9", 32749) + lastTag, p, "", 0},
+      {"Chunk32766", repeat("\xC3\xA9", 32751) + lastTag, p, "", 0},
+      {"Chunk32767", repeat("\xC3\xA9", 32752) + lastTag, p, overflow, -1},
+      {"LastCutNul", cut, Request{.element = "p", .separator = ""},
+       std::string("a\xC3\xA9\0b\xE2\x82\xAC\0c\xF0\x9F\x98\x80\0d\xFF\0\xC3", 19), 5},
+      {"LastCutThreeBytes", cut, Request{.element = "p", .separator = "\xE2\x82\xAC"},
+       "a\xC3\xA9\xE2\x82\xAC"
+       "b\xE2\x82\xAC\xE2\x82\xAC"
+       "c\xF0\x9F\x98\x80\xE2\x82\xAC"
+       "d\xFF\xE2\x82\xAC\xC3",
+       5},
+      {"LastCutRawByte", cut, Request{.element = "p", .separator = "x\xE2\x82"},
+       "a\xC3\xA9x\xE2\x82"
+       "b\xE2\x82\xACx\xE2\x82"
+       "c\xF0\x9F\x98\x80x\xE2\x82"
+       "d\xFFx\xE2\x82"
+       "\xC3x\xE2",
+       5},
+      {"BlanksDroppedInsideKept", blanks, Request{.element = "p", .separator = "\xC3\xA9"},
+       "\xC3\xA9 a b \xC3\xA9\t\xC3\xA9", 4},
+      {"LowerCaseOfOtherLength", dotted, q("div"), "\xE2\x84\xAA", 1},
+      {"LowerCaseOfOtherLengthOuter", dotted, q("#element", kOuter), dotted, 1},
+      {"MissingCloseKeepsBytes", "<p>\xC3\xA9\xFF</p><p>x", q("p"),
+       "ERROR: Found '\xC3\xA9\xFF;'--> Missing element end tag '</p>'.", -1},
+  };
+  cases.insert(cases.end(), more.begin(), more.end());
+  expectReads(cases);
 }
 
 }  // namespace

@@ -30,6 +30,18 @@ TEST(WriteXPointer, Example) {
 }
 
 TEST(WriteXPointer, NewDocument) {
+  // Chunks without an instance go out as they were read, the others encoded
+  // again; both must keep every byte and end every line in CR LF.
+  const std::string filler = repeat("<div class=\"\xC3\xA9\">y</div>\r", 40);
+  const std::string hidden = filler + "<div class=\"a\"><div id=\"t\">x</div>\r\n" + filler +
+                             "<DIV Id='T'>\xC3\xA9z\xFF</div>\n" + filler;
+  const std::string fillerAfter = repeat("<div class=\"\xC3\xA9\">y</div>\r\n", 40);
+  const std::string after = fillerAfter + "<div class=\"a\"><div id=\"t\">x</div>\r\n" +
+                            fillerAfter + "<DIV Id='T'>NEW</div>\n" + fillerAfter;
+  const Request t{.element = "div", .attributeName = "id", .attributeValue = "t"};
+  const std::string raw =
+      "a\rb\nc\xFF\r\n<p>x</p>\r\xC3\r\nd\n\n<P>\xE9y</P>\r\n" + filler + "tail\xF0\x9F";
+  const std::string rawAfter = "a\r\nb\nc\xFF\r\n<p>NEW</p>\r\n\xC3\r\nd\n\n<P>NEW</P>\r\n";
   const struct {
     const char* name;
     std::string document;
@@ -63,6 +75,17 @@ TEST(WriteXPointer, NewDocument) {
       {"InvalidBytesKept", "\xff\xfe<%\xc3\x28%>\xe9t\x80\r\n\xed\xa0\x80",
        Request{.newContent = "\xc0\x80\xff"},
        "\xff\xfe<%\xc0\x80\xff%>\xe9t\x80\r\n\xed\xa0\x80\r\n", "\xc3\x28", 1},
+      {"RefusedTagHidesTheNext", hidden, t, after, "\xC3\xA9z\xFF", 1, 1},
+      {"RefusedTagHidesTheNext257", hidden, t, after, "\xC3\xA9z\xFF", 1, 257},
+      {"RefusedTagHidesTheNext30000", hidden, t, after, "\xC3\xA9z\xFF", 1, 30000},
+      {"RawLineEndsAndBytes", raw, Request{.element = "p"},
+       rawAfter + fillerAfter + "tail\xF0\x9F\r\n", "x;\xE9y", 2, 1},
+      {"RawLineEndsAndBytes257", raw, Request{.element = "p"},
+       rawAfter + fillerAfter + "tail\xF0\x9F\r\n", "x;\xE9y", 2, 257},
+      {"RawRestAfterTheCount", raw, Request{.element = "p", .count = 1},
+       "a\r\nb\nc\xFF\r\n<p>NEW</p>\r\n\xC3\r\nd\n\n<P>\xE9y</P>\r\n" + fillerAfter +
+           "tail\xF0\x9F\r\n",
+       "x", 1, 1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

@@ -31,6 +31,13 @@ struct Request {
   std::string newContent = "NEW";
 };
 
+// `text` written `times` times over.
+inline std::string repeat(const std::string& text, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += text;
+  return out;
+}
+
 // The text and MatchesFound of a read; ErrorResult and the result of a
 // rewrite.
 struct Outcome {

@@ -113,7 +113,8 @@ TEST(Matchers, FirstCharacterOfAnElementName) {
 TEST(AttributesMatch, Table) {
   // The attribute text of <A HREF = "X.htm" target=_top title="big news">.
   const std::string tag = " href = \"x.htm\" target=_top title=\"big news\">";
-  const std::tuple<std::string, const char*, const char*, bool> cases[] = {
+  const std::string y251(251, 'y'), y252(252, 'y');
+  const std::tuple<std::string, const char*, std::string, bool> cases[] = {
       {tag, "*", "*", true},
       {tag, "href", "*", true},
       {tag, "ref", "*", true},
@@ -132,11 +133,27 @@ TEST(AttributesMatch, Table) {
       {"", "*", "*", false},
       {"/x=1 y=2>", "x", "*", false},
       {" href\r\n=\"x\">", "href", "*", false},
-      {" title=\"été\">", "title", "été", true}};
+      {" title=\"été\">", "title", "été", true},
+      {" href = 'x' >", "*", "x", true},
+      {" href = 'x' >", "href", "*", true},
+      {" a=' x y '>", "a", "xy", true},
+      {" a=' x y '>", "*", "x y", false},
+      {tag, "*", "big news", false},
+      // Longer than the matchers' buffer on the stack, before and after the
+      // blanks go.
+      {"v=\"" + y251 + "\">", "v", y251, true},
+      {"v=\"" + y252 + "\">", "*", y252, true},
+      {"v=\"" + y252 + "\">", "v", "y", false},
+      {" a" + std::string(300, ' ') + "= \"t\" >", "a", "t", true},
+      {" a=\"" + std::string(300, 'x') + "\" id='t'>", "id", "t", true}};
   for (const auto& [text, name, value, want] : cases) {
     SCOPED_TRACE(text + " " + name + " " + value);
+    Query query;
+    query.AttributeName = fromUtf8(name);
+    query.AttributeValue = fromUtf8(value);
+    EXPECT_EQ(attributesMatch(query, fromUtf8(text)), want);
     Text attributeText = fromUtf8(text);
-    EXPECT_EQ(attributesMatch(fromUtf8(name), fromUtf8(value), attributeText), want);
+    EXPECT_EQ(attributesMatch(query.AttributeName, query.AttributeValue, attributeText), want);
   }
 }
 
