@@ -20,7 +20,7 @@ class ByteSource {
 // reading allocates nothing per line once the buffers are grown.
 class LineReader {
  public:
-  explicit LineReader(ByteSource& source, std::size_t bufferSize = 64 * 1024);
+  explicit LineReader(ByteSource& source, std::size_t bufferSize = 512 * 1024);
 
   // Appends the bytes of the next line to `out`. REQUIRES: !endOfFile().
   void readLine(std::string& out);

@@ -26,7 +26,7 @@ namespace tagwright {
 namespace {
 
 constexpr int kLastFileNumber = 255;
-constexpr std::size_t kWriteBufferSize = 64 * 1024;
+constexpr std::size_t kWriteBufferSize = 512 * 1024;
 constexpr std::size_t kWritebackStep = 8 * 1024 * 1024;
 
 [[noreturn]] void failWithErrno() { throw Failure::fromErrno(errno); }
