@@ -30,7 +30,9 @@ void ResultText::makeRoomFor(std::size_t bytes) {
   const std::size_t needed = text_.size() + bytes;
   if (needed <= text_.capacity()) return;
   std::size_t room = std::max(needed, 2 * text_.capacity());
-  if (bytesRead_ > 0 && documentBytes_ > bytesRead_) {
+  // The rate of the first stretch read says little (a page's head holds
+  // other things than its body), so it is trusted from 1/32 of the document on.
+  if (bytesRead_ >= documentBytes_ / 32 && documentBytes_ > bytesRead_) {
     // An eighth more than the rate so far, so that a rate that creeps up
     // does not cost a second copy near the end.
     const double rate = static_cast<double>(needed) / static_cast<double>(bytesRead_);

@@ -110,6 +110,7 @@ class DocumentScan {
   const bool innerText_;
   const bool transformsText_;
   ChunkFilter filter_;
+  bool instancesNearby_ = false;
 
   Int16 startRemaining_;
   Int16 countRemaining_;
@@ -137,11 +138,14 @@ void DocumentScan::run(Int16& matchesFound) {
   while (!chunk_.empty() && countRemaining_ >= 1) {
     // Most chunks of a search for a rare part hold no instance at all; they
     // are told on the bytes, and a rewrite copies them out as they came.
-    if (!filter_.mayHoldInstance(chunk_)) {
+    // Behind a chunk that held one, the next likely does too, and the test
+    // would only come before its decoding.
+    if (!instancesNearby_ && !filter_.mayHoldInstance(chunk_)) {
       if (writeMode_) state_.rewrite->write(chunk_.bytes);  // W2
       nextChunk();
       continue;
     }
+    instancesNearby_ = false;
     outputText_.clear();
     copyFrom_ = 1;
     decodeChunk();
@@ -151,6 +155,7 @@ void DocumentScan::run(Int16& matchesFound) {
       bool isInstance = type_.matcher != nullptr &&
                         type_.matcher(query_, chunkLower_, contentStart, state_.closeMarker);
       if (isInstance) {
+        instancesNearby_ = true;
         if (startRemaining_ > 0) startRemaining_ -= 1;
         if (startRemaining_ == 0) takeInstance(contentStart, matchesFound);
       }

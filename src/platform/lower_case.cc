@@ -1,3 +1,5 @@
+#include "platform/lower_case.h"
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -24,18 +26,6 @@ TAGWRIGHT_VECTOR_CLONES void lowerAscii(const char32_t* text, std::size_t n, cha
   }
 }
 
-// The mapping of the first 1280 characters (Latin, Greek, Cyrillic) as a
-// direct table, made from the sorted pairs when the program is compiled.
-constexpr char32_t kDirectLimit = 0x500;
-constexpr std::array<char32_t, kDirectLimit> kDirectLower = [] {
-  std::array<char32_t, kDirectLimit> table{};
-  for (char32_t c = 0; c < kDirectLimit; ++c) table[c] = c;
-  for (const LowerPair& pair : kLowerTable) {
-    if (pair.code < kDirectLimit) table[pair.code] = pair.lower;
-  }
-  return table;
-}();
-
 // Lower-cases the characters outside ASCII that lowerAscii left as they were,
 // looking at them block by block so that ASCII blocks cost one vector test.
 TAGWRIGHT_VECTOR_CLONES void lowerBeyondAscii(char32_t* text, std::size_t n) {
@@ -49,7 +39,7 @@ TAGWRIGHT_VECTOR_CLONES void lowerBeyondAscii(char32_t* text, std::size_t n) {
     // the one branch left is the rare character beyond the table.
     for (std::size_t i = start; i < end; ++i) {
       char32_t c = text[i];
-      text[i] = c < kDirectLimit ? kDirectLower[c] : lowerChar(c);
+      text[i] = c < kDirectLowerLimit ? kDirectLower[c] : lowerChar(c);
     }
   }
 }
@@ -69,8 +59,18 @@ static_assert(noPunctuationFromBeyondAscii(), "the lower-case table maps onto AS
 
 }  // namespace
 
+// Made from the sorted pairs when the program is compiled.
+constexpr std::array<char32_t, kDirectLowerLimit> kDirectLower = [] {
+  std::array<char32_t, kDirectLowerLimit> table{};
+  for (char32_t c = 0; c < kDirectLowerLimit; ++c) table[c] = c;
+  for (const LowerPair& pair : kLowerTable) {
+    if (pair.code < kDirectLowerLimit) table[pair.code] = pair.lower;
+  }
+  return table;
+}();
+
 char32_t lowerChar(char32_t c) {
-  if (c < kDirectLimit) return kDirectLower[c];
+  if (c < kDirectLowerLimit) return kDirectLower[c];
   const LowerPair* end = std::end(kLowerTable);
   const LowerPair* at = std::lower_bound(std::begin(kLowerTable), end, c,
                                          [](const LowerPair& p, char32_t v) { return p.code < v; });

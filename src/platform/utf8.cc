@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "platform/lower_case.h"
 #include "platform/text.h"
 #include "platform/vector_clones.h"
 
@@ -80,7 +81,7 @@ std::size_t decodeTo(std::string_view utf8, char32_t* target, std::uint32_t* off
   std::size_t i = 0;
   std::size_t written = 0;
   auto put = [&](char32_t c, std::size_t at) {
-    if constexpr (kLowered) c = lowerChar(c);
+    if constexpr (kLowered) c = lowerCharInline(c);
     target[written] = c;
     if constexpr (kWithOffsets) offsets[written] = static_cast<std::uint32_t>(at);
     ++written;
