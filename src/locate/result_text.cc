@@ -6,11 +6,12 @@ namespace tagwright {
 
 void ResultText::append(TextView piece) {
   if (piece.empty()) return;
-  makeRoomFor(4 * piece.size());
-  appendEncoded(piece.substr(0, piece.size() - 1), text_);
-  const std::size_t before = text_.size();
-  appendEncoded(piece.substr(piece.size() - 1), text_);
-  lastCharacterBytes_ = text_.size() - before;
+  // Encoded apart first, so that the room is projected from its true size.
+  encoded_.clear();
+  appendEncoded(piece.substr(0, piece.size() - 1), encoded_);
+  const std::size_t before = encoded_.size();
+  appendEncoded(piece.substr(piece.size() - 1), encoded_);
+  appendBytes(encoded_, encoded_.size() - before);
 }
 
 void ResultText::appendBytes(std::string_view bytes, std::size_t lastCharacterBytes) {

@@ -46,6 +46,7 @@ class ResultText {
   std::uint64_t bytesRead_ = 0;
   std::string text_;
   std::size_t lastCharacterBytes_ = 0;
+  std::string encoded_;  // a piece being appended
 };
 
 }  // namespace tagwright
