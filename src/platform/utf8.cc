@@ -183,40 +183,12 @@ TAGWRIGHT_VECTOR_CLONES bool countWellFormed(const unsigned char* bytes, std::si
   return true;
 }
 
-// Counts as decodeTo decodes, for text that is not well formed.
+// Counts as decodeTo decodes, character by character: for text that is not
+// well formed, which is rare enough not to need a faster way.
 std::size_t countDecoded(std::string_view utf8) {
-  const std::size_t n = utf8.size();
-  const unsigned char* source = reinterpret_cast<const unsigned char*>(utf8.data());
-  std::size_t i = 0;
   std::size_t count = 0;
-  while (i < n) {
-    if (i + 8 <= n) {
-      std::uint64_t word;
-      std::memcpy(&word, source + i, 8);
-      std::uint64_t high = word & 0x8080808080808080ull;
-      if (high == 0) {
-        i += 8;
-        count += 8;
-        continue;
-      }
-      std::size_t ascii = static_cast<std::size_t>(std::countr_zero(high)) / 8;
-      i += ascii;
-      count += ascii;
-    } else if (source[i] < 0x80) {
-      ++i;
-      ++count;
-      continue;
-    }
-    unsigned char b = source[i];
-    if (b >= 0xC2 && b <= 0xDF && i + 1 < n && isContinuation(source[i + 1])) {
-      i += 2;
-    } else {
-      char32_t code;
-      std::size_t length = decodeSequence(utf8, i, code);
-      i += length == 0 ? 1 : length;
-    }
-    ++count;
-  }
+  char32_t character;
+  for (std::size_t i = 0; i < utf8.size(); ++count) i += decodeCharacter(utf8, i, character);
   return count;
 }
 
