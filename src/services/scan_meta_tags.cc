@@ -44,7 +44,10 @@ class MetaScan {
   }
 
  private:
-  void nextChunk() { readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunkText_); }
+  void nextChunk() {
+    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunk_);
+    decodeInto(chunk_.bytes, chunkText_);
+  }
 
   // Appends the pair of the tag at `position` and the separator; returns the
   // position of the tag's closing marker.
@@ -62,6 +65,7 @@ class MetaScan {
   const TextView metaNameValue_;
   const TextView equals_;
   const Int16 fileNumber_;
+  Chunk chunk_;
   Text chunkText_;
   Text chunkLower_;
   Text closingMarker_;
