@@ -1,6 +1,5 @@
 // writeXPointer on the fake platform: the new document, ErrorResult and the
-// result, the backup and temporary names, and what a power cut at any moment
-// of a rewrite leaves.
+// result, the backup and the stale temporary files.
 #include <gtest/gtest.h>
 
 #include "rewrite/rewrite_names.h"
@@ -25,7 +24,6 @@ TEST(WriteXPointer, Example) {
                                                 {"/~1116000000.tmp", "three days ago"},
                                                 {"/~1117000000.txt", "no temporary file"},
                                                 {"/web/~1117000000.tmp", "another folder"}}));
-  EXPECT_TRUE(platform.made.contains("/~11190043514375.tmp"));
   EXPECT_EQ(toUtf8(stampText({1, 2, 3, 4, 5}, 0.00125)), "010203040512");
 }
 
@@ -123,36 +121,6 @@ TEST(WriteXPointer, RewriteOfItsOwnResultIsTheSame) {
   ASSERT_EQ(write(platform, {}), (Outcome{"", 0}));
   EXPECT_EQ(platform.files["/doc.htm"], once);
   EXPECT_EQ(platform.files["/doc.bak"], once);
-}
-
-// A power cut at the start of any platform call of a rewrite leaves the
-// former or the new document whole under its name, or the former one as the
-// backup; never a document that lost writes.
-TEST(WriteXPointer, PowerCutAtAnyCall) {
-  const std::string before = "<%old%>\r\n<a>\r\n<b>\r\ntail\r\n";
-  const std::string after = "<%NEW%>\r\n<a>\r\n<b>\r\ntail\r\n";
-  for (bool hardLinks : {true, false}) {
-    SCOPED_TRACE(hardLinks ? "HardLinks" : "TwoRenames");
-    FakePlatform counting;
-    counting.hardLinks = hardLinks;
-    counting.files["/doc.htm"] = before;
-    ASSERT_EQ(write(counting, Request{}, 1).matches, 1);
-    for (std::size_t n = 1; n <= counting.calls.size(); ++n) {
-      SCOPED_TRACE("power cut at call " + std::to_string(n) + ", " + counting.calls[n - 1]);
-      FakePlatform platform;
-      platform.hardLinks = hardLinks;
-      platform.files["/doc.htm"] = before;
-      platform.crashAtCall = static_cast<int>(n);
-      write(platform, Request{}, 1);
-      ASSERT_TRUE(platform.crashImage.has_value());
-      auto& image = *platform.crashImage;
-      if (image.contains("/doc.htm")) {
-        EXPECT_TRUE(image["/doc.htm"] == before || image["/doc.htm"] == after) << image["/doc.htm"];
-      } else {
-        EXPECT_EQ(image["/doc.bak"], before);
-      }
-    }
-  }
 }
 
 }  // namespace

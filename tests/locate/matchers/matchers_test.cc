@@ -45,10 +45,7 @@ TEST(Matchers, Table) {
       {matchAnyElement, "#element", "<=3 >", true, "</=3>", 5},
       {matchAnyElement, "#element", "< a>", false, no, 0},
       {matchAnyElement, "#element", "</a>", false, no, 0},
-      {matchAnyElement, "#element",
-       "<\x7f"
-       "a>",
-       false, no, 0},
+      {matchAnyElement, "#element", "<\177a>", false, no, 0},
       {matchAnyElement, "#element", "<Ä>", false, no, 0},
       {matchAnyElement, "#element", "<a", false, no, 0},
       {matchAnyElement, "#element", "<a\r\n b=\"c\">", true, "</a\r\n>", 11},
@@ -99,7 +96,6 @@ TEST(Matchers, Table) {
 
 TEST(Matchers, FirstCharacterOfAnElementName) {
   const Text excluded = fromUtf8("/?!£$%^&*([{:;@'~#|\\<,>.");
-  ASSERT_EQ(excluded.size(), 24u);
   for (char32_t c : excluded + U"\")+-=]_`}") {
     const std::string first = toUtf8(Text(1, c));
     SCOPED_TRACE(first);
