@@ -67,8 +67,8 @@ TEST(WriteXPointer, NewDocument) {
        "<%NEW%>\r\n<%b%>\r\n<%c%>\r\n", "a", 1, 1},
       {"NewContentIsNotSearched", "<%a%><%b%>", Request{.newContent = "<%x%>"},
        "<%<%x%>%><%<%x%>%>\r\n", "a;b", 2},
-      {"NothingFoundEveryLineEndsInCrLf", "a\rb\r\nc\nd\r\n\r\ne", Request{},
-       "a\r\nb\r\nc\nd\r\n\r\ne\r\n", "", 0},
+      {"NothingFoundEveryLineEndsInCrLf", "a\rb\r\nc\nd\r\n%>\r\ne", Request{},
+       "a\r\nb\r\nc\nd\r\n%>\r\ne\r\n", "", 0},
       {"EmptyDocument", "", Request{}, "", "", 0},
       {"InvalidBytesKept", "\xff\xfe<%\xc3\x28%>\xe9t\x80\r\n\xed\xa0\x80",
        Request{.newContent = "\xc0\x80\xff"},
@@ -93,6 +93,10 @@ TEST(WriteXPointer, NewDocument) {
     EXPECT_EQ(platform.files,
               (std::map<std::string, std::string>{{"/doc.htm", c.want}, {"/doc.bak", c.document}}));
     EXPECT_EQ(platform.openFileCount(), 0);
+    if (c.result == 0) {  // run again on its own result, it gives the same bytes
+      ASSERT_EQ(write(platform, c.request, c.bufferLength), (Outcome{"", 0}));
+      EXPECT_EQ(platform.files["/doc.htm"], c.want);
+    }
   }
 }
 
@@ -111,16 +115,6 @@ TEST(WriteXPointer, BackupNames) {
     EXPECT_EQ(platform.files,
               (std::map<std::string, std::string>{{host, "<%NEW%>\r\n"}, {backup, "<%a%>"}}));
   }
-}
-
-TEST(WriteXPointer, RewriteOfItsOwnResultIsTheSame) {
-  FakePlatform platform;
-  platform.files["/doc.htm"] = "a\rb\nc\r\n%>x";
-  ASSERT_EQ(write(platform, {}), (Outcome{"", 0}));
-  const std::string once = platform.files["/doc.htm"];
-  ASSERT_EQ(write(platform, {}), (Outcome{"", 0}));
-  EXPECT_EQ(platform.files["/doc.htm"], once);
-  EXPECT_EQ(platform.files["/doc.bak"], once);
 }
 
 }  // namespace
