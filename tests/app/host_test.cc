@@ -96,7 +96,6 @@ TEST(Host, SettingsFile) {
   TempFolder folder;
   folder.write("page.htm", "<%a%>");
   const std::tuple<std::string, HostRun> cases[] = {
-      {"AllowVirtualDocWriteOnly=1\n", HostRun{0, "a", "matches: 1\n"}},
       {"AllowVirtualDocReadOnly=1\n",
        HostRun{1, "ERROR: The use of physical file paths is denied by the administrator.",
                "matches: -1\n"}},

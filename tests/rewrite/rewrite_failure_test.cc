@@ -1,5 +1,6 @@
 // What a failing rewrite reports and leaves on disk: each failure by fault
-// injection, then every platform call of a rewrite failing in turn.
+// injection, then every platform call of a rewrite failing in turn, and a
+// power cut at each of them.
 #include <gtest/gtest.h>
 
 #include "support/requests.h"
@@ -79,7 +80,8 @@ TEST(RewriteFailure, TemporaryNameTaken) {
 
 // Counts the calls of a rewrite, then fails each in turn: the message is one
 // of the rewrite's, with the disk as its row says, or the rewrite succeeded
-// where the failing call came after the document was in place.
+// where the failing call came after the document was in place. The same run
+// takes the image a power cut at the start of that call would leave.
 TEST(RewriteFailure, EveryPlatformCallFailing) {
   for (bool hardLinks : {true, false}) {
     SCOPED_TRACE(hardLinks ? "HardLinks" : "TwoRenames");
@@ -99,7 +101,18 @@ TEST(RewriteFailure, EveryPlatformCallFailing) {
       SCOPED_TRACE("failing call " + std::to_string(n) + ", " + counting.calls[n - 1]);
       FakePlatform platform = prepared(hardLinks);
       platform.failCall(static_cast<int>(n), Failure::Kind::kDiskFull);
+      platform.crashAtCall = static_cast<int>(n);
       Outcome got = write(platform, {}, 1);
+      // A power cut as this call begins leaves the former or the new document
+      // whole under its name, or the former one as the backup.
+      ASSERT_TRUE(platform.crashImage.has_value());
+      auto& image = *platform.crashImage;
+      if (image.contains("/doc.htm")) {
+        EXPECT_TRUE(image["/doc.htm"] == kBefore || image["/doc.htm"] == kAfter)
+            << image["/doc.htm"];
+      } else {
+        EXPECT_EQ(image["/doc.bak"], kBefore);
+      }
       const std::string message = got.matches == -1 ? got.text : "success";
       ++seen[message];
       ASSERT_TRUE(rows.contains(message)) << message;

@@ -21,11 +21,7 @@ namespace {
 
 // Rewrites every "#aspcode" instance of the document `name` in `folder`.
 Outcome rewrite(const TempFolder& folder, const std::string& name, const std::string& newContent) {
-  Tagwright instance(systemPlatform());
-  Outcome o;
-  o.matches = instance.writeXPointer(newContent, folder.physical(name), "#aspcode", "*", "*", 1, 0,
-                                     "innermarkup", "", "", &o.text);
-  return o;
+  return write(systemPlatform(), {.document = folder.physical(name), .newContent = newContent}, 0);
 }
 
 mode_t modeOf(const std::string& path) {

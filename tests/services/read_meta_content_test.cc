@@ -8,27 +8,7 @@
 namespace tagwright {
 namespace {
 
-struct Meta {
-  std::string document = "C:\\doc.htm";
-  std::string name = "*";
-  std::int16_t start = 1;
-  std::int16_t count = 0;
-  std::string equals = "$eq$";
-  std::string separator = ";";
-};
-
-// Reads the meta tags of a document of the given bytes at C:\doc.htm.
-Outcome readMeta(const std::string& bytes, const Meta& m, std::int32_t bufferLength = 2048) {
-  FakePlatform platform;
-  platform.files["/doc.htm"] = bytes;
-  Tagwright instance(platform);
-  TagwrightTestAccess::setBufferLength(instance, bufferLength);
-  Outcome o;
-  o.text = instance.readMetaContent(m.document, m.name, m.start, m.count, m.equals, m.separator,
-                                    &o.matches);
-  EXPECT_EQ(platform.openFileCount(), 0);
-  return o;
-}
+using Meta = MetaRequest;
 
 TEST(ReadMetaContent, Example) {
   // Capitals, two plain tags, one of another form (content first) and a name
@@ -53,7 +33,7 @@ TEST(ReadMetaContent, Example) {
     SCOPED_TRACE(text);
     // At a chunk length of 1 every line is a chunk: the counters run across chunks.
     for (std::int32_t bufferLength : {2048, 1}) {
-      EXPECT_EQ(readMeta(example, meta, bufferLength), (Outcome{text, matches}));
+      EXPECT_EQ(readDocument(example, meta, bufferLength), (Outcome{text, matches}));
     }
     Args arguments = {"meta", "C:\\doc.htm", "--separator", ";", "--json"};
     arguments.insert(arguments.end(), options.begin(), options.end());
@@ -110,7 +90,7 @@ TEST(ReadMetaContent, Table) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(readMeta(c.document, c.meta, c.bufferLength), (Outcome{c.text, c.matches}));
+    EXPECT_EQ(readDocument(c.document, c.meta, c.bufferLength), (Outcome{c.text, c.matches}));
   }
 }
 

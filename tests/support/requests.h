@@ -1,6 +1,8 @@
 #ifndef TAGWRIGHT_TESTS_SUPPORT_REQUESTS_H_
 #define TAGWRIGHT_TESTS_SUPPORT_REQUESTS_H_
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -92,12 +94,34 @@ inline Outcome write(Platform& platform, const Request& r, std::int32_t bufferLe
   return o;
 }
 
-// Reads a document of the given bytes at C:\doc.htm.
-inline Outcome readDocument(const std::string& bytes, const Request& r,
-                            std::int32_t bufferLength = 2048) {
+// A readMetaContent request with the operation's defaults.
+struct MetaRequest {
+  std::string document = "C:\\doc.htm";
+  std::string name = "*";
+  std::int16_t start = 1;
+  std::int16_t count = 0;
+  std::string equals = "$eq$";
+  std::string separator = ";";
+};
+
+inline Outcome read(Platform& platform, const MetaRequest& m, std::int32_t bufferLength = 2048) {
+  Tagwright instance(platform);
+  if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
+  Outcome o;
+  o.text = instance.readMetaContent(m.document, m.name, m.start, m.count, m.equals, m.separator,
+                                    &o.matches);
+  return o;
+}
+
+// Reads a document of the given bytes at C:\doc.htm, which is closed after.
+template <class AnyRequest>
+Outcome readDocument(const std::string& bytes, const AnyRequest& r,
+                     std::int32_t bufferLength = 2048) {
   FakePlatform platform;
   platform.files["/doc.htm"] = bytes;
-  return read(platform, r, bufferLength);
+  Outcome o = read(platform, r, bufferLength);
+  EXPECT_EQ(platform.openFileCount(), 0);
+  return o;
 }
 
 struct HostRun {

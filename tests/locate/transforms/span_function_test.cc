@@ -1,6 +1,6 @@
 // applySpanFunction: finding the two elements, the outer and inner spans,
 // overlapping spans, and in write mode the replacement text and the overlap
-// failure, also through writeXPointer.
+// failure (through writeXPointer in write_x_pointer_test.cc).
 #include <gtest/gtest.h>
 
 #include "locate/transforms/apply_span_function.h"
@@ -64,30 +64,6 @@ TEST(ApplySpanFunction, Table) {
     if (!c.written.empty()) {
       EXPECT_EQ(spans(c.function, c.foundText, c.contentType, true), c.written);
     }
-  }
-}
-
-// Each span gives way to the new content; an overlap fails the rewrite and
-// leaves the document as it was, with no backup.
-TEST(ApplySpanFunction, ThroughWriteXPointer) {
-  const std::string example = "<div>" + kExample + "</div>\r\n";
-  const std::string overlapping = "<div><p>1</p><p>2</p><p>3</p></div>\r\n";
-  const std::tuple<std::string, const char*, const char*, std::string, int, std::string> cases[] = {
-      {example, "h2,h3", "innerMarkup", " text ", 1,
-       "<div><H2>One</h2>NEW<h3>Two</h3><p>x</p></div>\r\n"},
-      {example, "h2,h3", "outerMarkup", "<H2>One</h2> text <h3>Two</h3>", 1,
-       "<div>NEW<p>x</p></div>\r\n"},
-      {overlapping, "p,p", "outerMarkup", "ERROR: Invalid procedure call or argument.", -1,
-       overlapping},
-  };
-  for (const auto& [document, function, contentType, errorResult, result, newDocument] : cases) {
-    SCOPED_TRACE(function + std::string(" ") + contentType);
-    FakePlatform platform;
-    platform.files["/doc.htm"] = document;
-    Request request{.element = "div", .contentType = contentType, .span = function};
-    EXPECT_EQ(write(platform, request), (Outcome{errorResult, result}));
-    EXPECT_EQ(platform.files["/doc.htm"], newDocument);
-    EXPECT_EQ(platform.files.size(), result == 1 ? 2u : 1u);  // the backup, no temporary file
   }
 }
 
