@@ -78,12 +78,4 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
   }
 }
 
-void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength, Text& chunk,
-                   std::optional<Failure>* readFailure) {
-  Chunk read;
-  readNextChunk(platform, fileNumber, bufferLength, read, readFailure);
-  chunk.clear();
-  appendDecoded(read.bytes, chunk);
-}
-
 }  // namespace tagwright

@@ -35,10 +35,6 @@ struct Chunk {
 void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength, Chunk& chunk,
                    std::optional<Failure>* readFailure = nullptr);
 
-// The same chunk decoded, for readers that look at every chunk.
-void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength, Text& chunk,
-                   std::optional<Failure>* readFailure = nullptr);
-
 }  // namespace tagwright
 
 #endif  // TAGWRIGHT_FILES_READ_NEXT_CHUNK_H_

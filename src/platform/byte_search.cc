@@ -77,8 +77,4 @@ std::size_t findLowered(std::string_view utf8, TextView lowerWhat, std::size_t f
   return std::string_view::npos;
 }
 
-bool holdsLowered(std::string_view utf8, TextView lowerWhat) {
-  return findLowered(utf8, lowerWhat, 0) != std::string_view::npos;
-}
-
 }  // namespace tagwright

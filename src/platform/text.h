@@ -63,14 +63,12 @@ inline int ansiCode(char32_t c) { return c < 128 ? static_cast<int>(c) : 128; }
 // (Not named `search`: with <algorithm> visible, argument-dependent lookup
 // would find std::search and prefer it for two arguments of one type.)
 Int16 searchFrom(TextView text, TextView what, Int16 from);
-// True when lower(decoded utf8) holds `lowerWhat`, found without decoding or
-// lower-casing: a chunk that holds no opening marker needs neither.
+// The byte offset, at or after `from`, where `lowerWhat` begins in the
+// lower-cased characters of `utf8`, or npos; found without decoding or
+// lower-casing the rest, so that a chunk that holds no opening marker needs
+// neither. `from` must begin a character.
 // REQUIRES: lowerWhat is lower case and begins with an ASCII character
 // other than a letter (every opening marker begins with "<").
-bool holdsLowered(std::string_view utf8, TextView lowerWhat);
-// The byte offset, at or after `from`, where `lowerWhat` begins in the
-// lower-cased characters of `utf8`, or npos. `from` must begin a character.
-// REQUIRES: as for holdsLowered.
 std::size_t findLowered(std::string_view utf8, TextView lowerWhat, std::size_t from);
 
 // The first or last `count` characters, or all of them if there are fewer.
