@@ -37,8 +37,7 @@ bool ChunkFilter::mayHoldInstance(const Chunk& chunk) {
 }
 
 bool ChunkFilter::startTagIsInstance(std::string_view tag) {
-  decodeInto(tag, tagText_);
-  lowerInto(tagText_, tagLower_);
+  decodeLoweredInto(tag, tagLower_);
   Int16 contentStart = 1;
   return type_.matcher(query_, tagLower_, contentStart, closeMarker_);
 }

@@ -23,7 +23,6 @@ class ChunkFilter {
 
   const Query& query_;
   const ElementType& type_;
-  Text tagText_;
   Text tagLower_;
   Text closeMarker_;
 };

@@ -35,6 +35,8 @@ void decodeInto(std::string_view utf8, Text& out);
 // the length of `utf8`: the characters from index a up to index b are the
 // bytes from offsets[a] up to offsets[b]. REQUIRES: utf8 is under 4 GiB.
 void decodeLoweredInto(std::string_view utf8, Text& lower, std::vector<std::uint32_t>& offsets);
+// The same without the offsets.
+void decodeLoweredInto(std::string_view utf8, Text& lower);
 // The number of characters that `utf8` decodes to.
 std::size_t decodedLength(std::string_view utf8);
 Text fromUtf8(std::string_view utf8);

@@ -246,6 +246,11 @@ void decodeInto(std::string_view utf8, Text& out) {
   out.resize(decodeTo<false, false>(utf8, out.data(), nullptr));
 }
 
+void decodeLoweredInto(std::string_view utf8, Text& lower) {
+  lower.resize(utf8.size());
+  lower.resize(decodeTo<true, false>(utf8, lower.data(), nullptr));
+}
+
 void decodeLoweredInto(std::string_view utf8, Text& lower, std::vector<std::uint32_t>& offsets) {
   lower.resize(utf8.size());
   offsets.resize(utf8.size() + 1);
