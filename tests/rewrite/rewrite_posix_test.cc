@@ -93,10 +93,12 @@ pid_t startRewrite(const std::string& document) {
 // Killed at any moment, a rewrite leaves the whole former document or the
 // whole new one under the document's name, or the former one as the backup.
 TEST(RewritePosix, KilledMidRewrite) {
+  // Long enough to be synced in the background as it is written.
+  const std::string filler(1200, 'x');
   std::string before, after;
   for (int line = 0; line < 8000; ++line) {
-    before += "line " + std::to_string(line) + " <%old%> and some text behind it\r\n";
-    after += "line " + std::to_string(line) + " <%new text%> and some text behind it\r\n";
+    before += "line " + std::to_string(line) + " <%old%> " + filler + "\r\n";
+    after += "line " + std::to_string(line) + " <%new text%> " + filler + "\r\n";
   }
   TempFolder folder;
   folder.write("page.htm", before);
