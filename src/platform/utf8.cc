@@ -8,6 +8,7 @@
 #include "platform/lower_case.h"
 #include "platform/text.h"
 #include "platform/vector_clones.h"
+#include "platform/well_formed_utf8.h"
 
 namespace tagwright {
 namespace {
@@ -134,55 +135,6 @@ std::size_t decodeTo(std::string_view utf8, char32_t* target, std::uint32_t* off
   return written;
 }
 
-// Whether a byte is where it must be in well-formed UTF-8, given the three
-// bytes in front of it: a continuation byte exactly where a lead byte of the
-// last three asks for one, no byte that never appears (C0, C1, F5-FF), and
-// none of the second bytes that make an overlong form, a surrogate or a
-// value above U+10FFFF.
-inline bool misplaced(unsigned char b, unsigned char p1, unsigned char p2, unsigned char p3) {
-  const bool continuation = (b & 0xC0) == 0x80;
-  const bool expected = (p1 >= 0xC0) | (p2 >= 0xE0) | (p3 >= 0xF0);
-  return (continuation != expected) | (b == 0xC0) | (b == 0xC1) | (b >= 0xF5) |
-         ((p1 == 0xE0) & (b < 0xA0)) | ((p1 == 0xED) & (b > 0x9F)) | ((p1 == 0xF0) & (b < 0x90)) |
-         ((p1 == 0xF4) & (b > 0x8F));
-}
-
-// For well-formed UTF-8 the characters are the bytes that are no
-// continuation bytes. Returns false, leaving `characters` alone, when
-// `bytes` is not well formed, where every byte has to be looked at in turn.
-TAGWRIGHT_VECTOR_CLONES bool countWellFormed(const unsigned char* bytes, std::size_t n,
-                                             std::size_t& characters) {
-  if (n < 3) return false;
-  bool bad = misplaced(bytes[0], 0, 0, 0) | misplaced(bytes[1], bytes[0], 0, 0) |
-             misplaced(bytes[2], bytes[1], bytes[0], 0);
-  // A sequence must not run over the end.
-  bad |= (bytes[n - 1] >= 0xC0) | (bytes[n - 2] >= 0xE0) | (bytes[n - 3] >= 0xF0);
-  constexpr std::size_t kBlock = 1024;
-  for (std::size_t start = 3; start < n; start += kBlock) {
-    const std::size_t end = std::min(n, start + kBlock);
-    unsigned char blockBad = 0;
-    for (std::size_t i = start; i < end; ++i) {
-      blockBad |=
-          static_cast<unsigned char>(misplaced(bytes[i], bytes[i - 1], bytes[i - 2], bytes[i - 3]));
-    }
-    bad |= blockBad != 0;
-  }
-  if (bad) return false;
-  // Counted in runs of 255 bytes, whose count fits the byte-wide sums that
-  // vector code keeps.
-  std::size_t continuations = 0;
-  for (std::size_t start = 0; start < n; start += 255) {
-    const std::size_t end = std::min(n, start + 255);
-    unsigned char runContinuations = 0;
-    for (std::size_t i = start; i < end; ++i) {
-      runContinuations = static_cast<unsigned char>(runContinuations + ((bytes[i] & 0xC0) == 0x80));
-    }
-    continuations += runContinuations;
-  }
-  characters = n - continuations;
-  return true;
-}
-
 // Counts as decodeTo decodes, character by character: for text that is not
 // well formed, which is rare enough not to need a faster way.
 std::size_t countDecoded(std::string_view utf8) {
@@ -262,10 +214,7 @@ void decodeLoweredInto(std::string_view utf8, Text& lower, std::vector<std::uint
 
 std::size_t decodedLength(std::string_view utf8) {
   std::size_t characters;
-  if (countWellFormed(reinterpret_cast<const unsigned char*>(utf8.data()), utf8.size(),
-                      characters)) {
-    return characters;
-  }
+  if (countWellFormed(utf8, characters)) return characters;
   return countDecoded(utf8);
 }
 

@@ -6,9 +6,11 @@
 // sequences.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "platform/text.h"
+#include "platform/well_formed_utf8.h"
 
 namespace tagwright {
 namespace {
@@ -39,8 +41,9 @@ Text referenceDecode(std::string_view s) {
 
 std::string pad(std::size_t n) { return std::string(n, 'a'); }
 
-// Hand-made traps (sequences in the first three bytes, across the 1024-byte
-// blocks of the count and the 64-byte blocks of the search), then random
+// Hand-made traps (sequences in the first three bytes, across the 16- and
+// 32-byte lanes and the 1024-byte blocks of the count and the 64-byte blocks
+// of the search, cut at the end), then random
 // texts, some long enough to cross several blocks.
 std::vector<std::string> samples() {
   // clang-format off
@@ -53,7 +56,9 @@ std::vector<std::string> samples() {
       "<\xE2\x84\xAA>", "<\xFF", "<", "x<", "<\x80<div", "<!DOCTYPE html>", "<!doctype\thtml>",
       "<?x?><%y%>", "<\xC3\xA9t\xC3\xA9><\xC3\x89T\xC3\x89>", pad(1026) + "\xE2\x82\xAC",
       pad(1025) + "\xF0\x9F\x98\x80" + "b", pad(1027) + "\x80", pad(1026) + "\xED\xA0\x80",
-      pad(1025) + "\xE0\x80\x80", pad(2050) + "\xC3", pad(62) + "<div", pad(63) + "<div>",
+      pad(1025) + "\xE0\x80\x80", pad(2050) + "\xC3", pad(15) + "\xE2\x82\xAC",
+      pad(30) + "\xF0\x9F\x98\x80", pad(31) + "\xC3\xA9", pad(31) + "\xC3", pad(32) + "\xC3",
+      pad(29) + "\xF0\x9F\x98", pad(46) + "\xED\xA0\x80", pad(47) + "\xF4\x90\x80\x80", pad(62) + "<div", pad(63) + "<div>",
       pad(63) + "<DIV" + pad(70), pad(64) + "<\xE2\x84\xAA", pad(127) + "<", pad(126) + "<!" + pad(65)};
   // Well-formed pieces first: every other random text is made of them only,
   // so that the vector count is taken and not only its fallback.
@@ -81,6 +86,15 @@ TEST(TextModel, DecodeCountAndOffsets) {
     const Text want = referenceDecode(utf8);
     ASSERT_EQ(fromUtf8(utf8), want);
     ASSERT_EQ(decodedLength(utf8), want.size());
+    std::size_t vector = 0, portable = 0;
+    const bool wellFormed =
+        std::none_of(want.begin(), want.end(), [](char32_t c) { return c >= kRawByteBase; });
+    ASSERT_EQ(countWellFormed(utf8, vector), wellFormed);
+    ASSERT_EQ(countWellFormedPortable(utf8, portable), wellFormed);
+    if (wellFormed) {
+      ASSERT_EQ(vector, want.size());
+      ASSERT_EQ(portable, want.size());
+    }
     ASSERT_EQ(toUtf8(want), utf8);
     Text lowered;
     std::vector<std::uint32_t> offsets;

@@ -28,7 +28,17 @@ std::size_t prepareAttributeText(TextView attributeText, char32_t* out) {
 bool containsJoined(TextView text, std::initializer_list<TextView> pieces) {
   std::size_t total = 0;
   for (TextView piece : pieces) total += piece.size();
+  if (total > text.size()) return false;
+  // Most places fail on their first character, so that is looked for first.
+  const char32_t* first = nullptr;
+  for (TextView piece : pieces) {
+    if (!piece.empty()) {
+      first = piece.data();
+      break;
+    }
+  }
   for (std::size_t at = 0; at + total <= text.size(); ++at) {
+    if (first != nullptr && text[at] != *first) continue;
     std::size_t k = at;
     bool equal = true;
     for (TextView piece : pieces) {
