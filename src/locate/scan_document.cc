@@ -78,17 +78,19 @@ class DocumentScan {
   }
 
   // Makes chunkLower_ the lower-cased characters of the chunk read last,
-  // which is all the search needs; their original case is decoded when a
-  // rewrite or a function asks for it.
-  void decodeChunk() {
-    decodeLoweredInto(chunk_.bytes, chunkLower_, chunkOffsets_);
-    chunkTextDecoded_ = false;
-  }
+  // which is all the search needs; the characters in their own case are
+  // decoded a stretch at a time, where a rewrite or a function asks for them.
+  void decodeChunk() { decodeLoweredInto(chunk_.bytes, chunkLower_, chunkOffsets_); }
 
-  const Text& chunkText() {
-    if (!chunkTextDecoded_) decodeInto(chunk_.bytes, chunkText_);
-    chunkTextDecoded_ = true;
-    return chunkText_;
+  // Appends Mid(chunk text, start, count) to `out`.
+  void appendChunkText(Text& out, Int16 start, std::optional<Int16> count = std::nullopt) {
+    if (start.value() < 1 || (count && count->value() < 0)) throw Failure::invalidArgument();
+    const std::size_t from = start.index();
+    const std::size_t size = chunkLower_.size();
+    if (from >= size) return;
+    const std::size_t end =
+        count ? from + std::min(static_cast<std::size_t>(count->value()), size - from) : size;
+    appendDecoded(chunkBytes(from, end), out);
   }
 
   // The bytes of the chunk's characters from index `start` up to `end`.
@@ -117,8 +119,6 @@ class DocumentScan {
   Int16 copyFrom_;
   Chunk chunk_;
   std::vector<std::uint32_t> chunkOffsets_;
-  Text chunkText_;
-  bool chunkTextDecoded_ = false;
   Text chunkLower_;
   Text foundText_;
   Text replacementText_;
@@ -163,7 +163,7 @@ void DocumentScan::run(Int16& matchesFound) {
       contentStart = searchFrom(chunkLower_, type_.openMarker, contentStart + 2);
     }
     if (writeMode_) {  // W7
-      outputText_.append(mid(chunkText(), copyFrom_));
+      appendChunkText(outputText_, copyFrom_);
       state_.rewrite->write(outputText_);
     }
     nextChunk();
@@ -180,13 +180,13 @@ void DocumentScan::run(Int16& matchesFound) {
 
 void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
   if (writeMode_) {  // W3, before the close search may move on to another chunk.
-    outputText_.append(mid(chunkText(), copyFrom_, contentStart - copyFrom_));
+    appendChunkText(outputText_, copyFrom_, contentStart - copyFrom_);
     copyFrom_ = contentStart;
   }
   const Text& closeMarker = state_.closeMarker;
   Int16 closePos = searchFrom(chunkLower_, closeMarker, contentStart);
   while (closePos == 0 && !chunk_.empty()) {
-    foundText_.append(mid(chunkText(), contentStart));
+    appendChunkText(foundText_, contentStart);
     contentStart = 1;
     nextChunk();
     decodeChunk();
@@ -201,7 +201,7 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
     if (writeMode_) copyFrom_ = closePos;            // W4
     if (writeMode_) replacementText_ = newContent_;  // W5
     if (!foundText_.empty() || transformsText_) {
-      foundText_.append(mid(chunkText(), contentStart, closePos - contentStart));
+      appendChunkText(foundText_, contentStart, closePos - contentStart);
       if (!query_.SpanFunction.empty()) {
         foundText_ =
             applySpanFunction(matchesFound, query_.SpanFunction, foundText_, query_.ContentType,
