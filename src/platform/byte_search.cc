@@ -1,11 +1,6 @@
 #include <bit>
 #include <cstring>
 
-#if defined(__x86_64__) && defined(__GNUC__)
-#include <immintrin.h>
-#define TAGWRIGHT_HAVE_AVX2_PATH 1
-#endif
-
 #include "platform/text.h"
 #include "platform/utf8.h"
 #include "platform/vector_clones.h"
@@ -48,11 +43,9 @@ TAGWRIGHT_VECTOR_CLONES std::size_t nextPairCandidatePortable(const unsigned cha
 #ifdef TAGWRIGHT_HAVE_AVX2_PATH
 // The same, 32 bytes at a time; the top bit of a byte beyond ASCII is the
 // bit the mask is taken from, so such a byte needs no comparison.
-__attribute__((target("avx2"))) std::size_t nextPairCandidateAvx2(const unsigned char* bytes,
-                                                                  std::size_t n, std::size_t from,
-                                                                  unsigned char first,
-                                                                  unsigned char second,
-                                                                  unsigned char fold) {
+TAGWRIGHT_AVX2 std::size_t nextPairCandidateAvx2(const unsigned char* bytes, std::size_t n,
+                                                 std::size_t from, unsigned char first,
+                                                 unsigned char second, unsigned char fold) {
   const __m256i wantFirst = _mm256_set1_epi8(static_cast<char>(first));
   const __m256i wantSecond = _mm256_set1_epi8(static_cast<char>(second));
   const __m256i folding = _mm256_set1_epi8(static_cast<char>(fold));
@@ -73,7 +66,7 @@ __attribute__((target("avx2"))) std::size_t nextPairCandidateAvx2(const unsigned
 std::size_t nextPairCandidate(const unsigned char* bytes, std::size_t n, std::size_t from,
                               unsigned char first, unsigned char second, unsigned char fold) {
 #ifdef TAGWRIGHT_HAVE_AVX2_PATH
-  if (__builtin_cpu_supports("avx2")) {
+  if (processorHasAvx2()) {
     return nextPairCandidateAvx2(bytes, n, from, first, second, fold);
   }
 #endif

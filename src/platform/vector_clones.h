@@ -10,4 +10,15 @@
 #define TAGWRIGHT_VECTOR_CLONES
 #endif
 
+// Code written for AVX2 with intrinsics: built beside the portable code it
+// stands in for, and taken where processorHasAvx2().
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <immintrin.h>
+#define TAGWRIGHT_HAVE_AVX2_PATH 1
+#define TAGWRIGHT_AVX2 __attribute__((target("avx2")))
+namespace tagwright {
+inline bool processorHasAvx2() { return __builtin_cpu_supports("avx2"); }
+}  // namespace tagwright
+#endif
+
 #endif  // TAGWRIGHT_PLATFORM_VECTOR_CLONES_H_

@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#if defined(__x86_64__) && defined(__GNUC__)
-#include <immintrin.h>
-#define TAGWRIGHT_HAVE_AVX2_PATH 1
-#endif
+#include "platform/vector_clones.h"
 
 namespace tagwright {
 namespace {
@@ -45,14 +42,14 @@ constexpr std::uint8_t kTwoContinuations = 1 << 7;
 constexpr std::uint8_t kCarry = kTooShort | kTooLong | kTwoContinuations;
 }  // namespace errors
 
-__attribute__((target("avx2"))) inline __m256i tableOf16(const std::uint8_t (&table)[16]) {
+TAGWRIGHT_AVX2 inline __m256i tableOf16(const std::uint8_t (&table)[16]) {
   const __m128i half = _mm_loadu_si128(reinterpret_cast<const __m128i*>(table));
   return _mm256_broadcastsi128_si256(half);
 }
 
 class Avx2Checker {
  public:
-  __attribute__((target("avx2"))) Avx2Checker() {
+  TAGWRIGHT_AVX2 Avx2Checker() {
     using namespace errors;
     static constexpr std::uint8_t kByte1High[16] = {
         // 0xxx: ASCII in front
@@ -103,7 +100,7 @@ class Avx2Checker {
     byte2High_ = tableOf16(kByte2High);
   }
 
-  __attribute__((target("avx2"))) void check(__m256i input) {
+  TAGWRIGHT_AVX2 void check(__m256i input) {
     const __m256i lowNibbles = _mm256_set1_epi8(0x0F);
     // The 32 bytes in front of each byte, one, two and three back.
     const __m256i carried = _mm256_permute2x128_si256(previous_, input, 0x21);
@@ -128,9 +125,7 @@ class Avx2Checker {
     previous_ = input;
   }
 
-  __attribute__((target("avx2"))) bool wellFormed() const {
-    return _mm256_testz_si256(error_, error_) != 0;
-  }
+  TAGWRIGHT_AVX2 bool wellFormed() const { return _mm256_testz_si256(error_, error_) != 0; }
   std::size_t continuations() const { return continuations_; }
 
  private:
@@ -140,8 +135,8 @@ class Avx2Checker {
   std::size_t continuations_ = 0;
 };
 
-__attribute__((target("avx2"))) bool countWellFormedAvx2(const unsigned char* bytes, std::size_t n,
-                                                         std::size_t& characters) {
+TAGWRIGHT_AVX2 bool countWellFormedAvx2(const unsigned char* bytes, std::size_t n,
+                                        std::size_t& characters) {
   Avx2Checker checker;
   std::size_t i = 0;
   for (; i + 32 <= n; i += 32) {
@@ -210,7 +205,7 @@ bool countWellFormedPortable(std::string_view utf8, std::size_t& characters) {
 
 bool countWellFormed(std::string_view utf8, std::size_t& characters) {
 #ifdef TAGWRIGHT_HAVE_AVX2_PATH
-  if (__builtin_cpu_supports("avx2")) {
+  if (processorHasAvx2()) {
     return countWellFormedAvx2(reinterpret_cast<const unsigned char*>(utf8.data()), utf8.size(),
                                characters);
   }
