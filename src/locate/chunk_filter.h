@@ -1,6 +1,10 @@
 #ifndef TAGWRIGHT_LOCATE_CHUNK_FILTER_H_
 #define TAGWRIGHT_LOCATE_CHUNK_FILTER_H_
 
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "files/read_next_chunk.h"
 #include "locate/element_types.h"
 #include "platform/text.h"
@@ -13,16 +17,20 @@ namespace tagwright {
 // chunk need not be decoded, and a rewrite copies it out as it came.
 class ChunkFilter {
  public:
-  ChunkFilter(const Query& query, const ElementType& type) : query_(query), type_(type) {}
+  ChunkFilter(const Query& query, const ElementType& type);
 
   // False only when scanning `chunk` finds no instance and cannot fail.
   bool mayHoldInstance(const Chunk& chunk);
 
  private:
   bool startTagIsInstance(std::string_view tag);
+  bool mayPassAttributes(std::string_view tag) const;
 
   const Query& query_;
   const ElementType& type_;
+  // What the attribute test looks for, as UTF-8; empty when it passes any
+  // tag that has attributes.
+  std::vector<std::string> attributePatterns_;
   Text tagLower_;
   Text closeMarker_;
 };

@@ -128,8 +128,6 @@ struct OpenFile {
     writeAll(fd, data, size);
     written += size;
     if (written - handedToDisk >= kWritebackStep) {
-      ::sync_file_range(fd, static_cast<off_t>(handedToDisk),
-                        static_cast<off_t>(written - handedToDisk), SYNC_FILE_RANGE_WRITE);
       handedToDisk = written;
       backgroundSync.startIfIdle(fd);
     }

@@ -175,6 +175,20 @@ TEST(ScanDocument, BytesAndChunksPassedOver) {
     cases.push_back({"RefusedTagOuter", hidden, tOuter, both, 2, length});
     cases.push_back({"RefusedTagOuterAny", hidden, anyTOuter, both, 2, length});
   }
+  // Tags told apart on their bytes must get the attribute test's verdict:
+  // blanks dropped, capitals lowered, and beyond ASCII "İ" lowered to "i".
+  const std::string spaced = filler + "<div i d = \"t\" >1</div><DIV ID='T'>2</div>\r\n" + filler +
+                             "<div \xC4\xB0"
+                             "d=\"t\">3</div><div id=\"tt\">4</div>\r\n" +
+                             filler + "<div x = \"t\">5</div><div I D=x>6</div>\r\n" + filler;
+  Request anyName = t, anyValue = t;
+  anyName.attributeName = "*";
+  anyValue.attributeValue = "*";
+  for (std::int32_t length : {257, 2048}) {
+    cases.push_back({"BlanksCapitalsAndDottedI", spaced, t, "1;2;3", 3, length});
+    cases.push_back({"AnyNameWithValue", spaced, anyName, "1;2;3;5", 4, length});
+    cases.push_back({"NameWithAnyValue", spaced, anyValue, "1;2;3;4;6", 5, length});
+  }
   const std::string refused = "<p class=\"b\">y</p>", overflow = "ERROR: Overflow.";
   const Request p{.element = "p", .attributeName = "id"};
   const std::string longLine = repeat(std::string(3000, 'x') + "\r\n", 11);

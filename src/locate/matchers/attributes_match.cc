@@ -86,4 +86,12 @@ bool attributesMatch(const Query& query, TextView attributeText) {
   return preparedTextMatches(query.AttributeName, query.AttributeValue, TextView(out, length));
 }
 
+std::vector<Text> attributePatterns(const Query& query) {
+  if (isAny(query.AttributeName) && isAny(query.AttributeValue)) return {};
+  if (isAny(query.AttributeValue)) return {Text(query.AttributeName) + U"="};
+  const Text name = isAny(query.AttributeName) ? Text() : Text(query.AttributeName);
+  return {name + U"=\"" + Text(query.AttributeValue) + U"\"",
+          name + U"='" + Text(query.AttributeValue) + U"'"};
+}
+
 }  // namespace tagwright

@@ -1,6 +1,8 @@
 #ifndef TAGWRIGHT_LOCATE_MATCHERS_ATTRIBUTES_MATCH_H_
 #define TAGWRIGHT_LOCATE_MATCHERS_ATTRIBUTES_MATCH_H_
 
+#include <vector>
+
 #include "platform/text.h"
 #include "shell/query.h"
 
@@ -22,6 +24,11 @@ bool attributesMatch(TextView AttributeName, TextView AttributeValue, Text& attr
 // The same test on a view of the tag, as the matchers have it: the attribute
 // text is copied only when there is a test to prepare it for.
 bool attributesMatch(const Query& query, TextView attributeText);
+
+// The texts of which a prepared attribute text that passes holds one, as
+// above: `name=`, or `name="value"` and `name='value'` with the name left out
+// when it is "*". Empty when both are "*", where no text need be looked for.
+std::vector<Text> attributePatterns(const Query& query);
 
 }  // namespace tagwright
 
