@@ -85,9 +85,19 @@ std::string orDefault(const std::optional<std::string>& value, const char* fallb
   return value ? *value : fallback;
 }
 
-// Encodes what is not valid UTF-8 as U+FFFD: JSON cannot carry raw bytes.
-std::string jsonText(const nlohmann::ordered_json& value) {
-  return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+// JSON cannot carry raw bytes: each one becomes a U+FFFD of its own, so a
+// string holds as many characters as the component counted in it.
+void replaceRawBytesIn(nlohmann::ordered_json& value) {
+  if (value.is_string()) {
+    value = Tagwright::replaceRawBytes(value.get_ref<const std::string&>());
+  } else if (value.is_structured()) {
+    for (auto& element : value) replaceRawBytesIn(element);
+  }
+}
+
+std::string jsonText(nlohmann::ordered_json value) {
+  replaceRawBytesIn(value);
+  return value.dump();
 }
 
 int printTextResult(const std::string& result, int matches, bool json, std::ostream& out,

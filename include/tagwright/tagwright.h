@@ -28,6 +28,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace tagwright {
 
@@ -100,6 +101,13 @@ class Tagwright {
   std::string fileListing(const std::string& FileListRoot,
                           const std::string& FileSpecification = "*.*",
                           const std::string& ListSeparator = "", int* MatchesFound = nullptr);
+
+  // Returns `text` as well-formed UTF-8, for a transport that cannot carry
+  // raw bytes (JSON): each byte that the text model keeps as a character of
+  // its own becomes one U+FFFD, so the result has as many characters as the
+  // component counted in `text`. Every other character stays as it is.
+  //   replaceRawBytes("\xe4\xb8X") == "\uFFFD\uFFFDX"
+  static std::string replaceRawBytes(std::string_view text);
 
  private:
   friend class TagwrightTestAccess;

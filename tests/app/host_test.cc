@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
+#include "platform/text.h"
 #include "site_context.h"
 #include "support/requests.h"
 #include "support/temp_folder.h"
@@ -76,6 +78,41 @@ TEST(Host, CommandLines) {
     EXPECT_EQ(run.out, c.out);
     EXPECT_NE(run.err.find(c.err), std::string::npos) << run.err;
     EXPECT_EQ(site.read(c.file).value_or(""), c.bytes);
+  }
+}
+
+// JSON carries one U+FFFD ("~" in `want`) for each byte that the text model
+// keeps as a character of its own, so its strings count the component's
+// characters; valid characters, controls included, come through as they are.
+TEST(Host, JsonHasOneReplacementPerRawByte) {
+  const std::tuple<std::string, std::string> cases[] = {
+      {"a\x80"
+       "b",
+       "a~b"},                                                // stray continuation byte
+      {"\xe4\xb8X\xf0\x9f\x98", "~~X~~~"},                    // too few continuations
+      {"\xc0\xaf\xe0\x80\xaf\xf0\x80\x80\xaf", "~~~~~~~~~"},  // overlong forms
+      {"\xed\xa0\x80\xed\xbf\xbf", "~~~~~~"},                 // encoded surrogates
+      {"\xf4\x90\x80\x80\xf5\x80", "~~~~~~"},                 // above U+10FFFF
+      {"\xc0\xc1\xf5\xf8\xfe\xff", "~~~~~~"},                 // never in UTF-8
+      {"\xc3\xa9\0\x01\x1f\xe2\x82\xac\xf0\x9f\x98\x80\xef\xbf\xbd"s,
+       "\xc3\xa9\0\x01\x1f\xe2\x82\xac\xf0\x9f\x98\x80\xef\xbf\xbd"s},
+  };
+  for (const auto& [bytes, want] : cases) {
+    SCOPED_TRACE(testing::PrintToString(bytes));
+    TempFolder site;
+    site.write("a.htm", "<p>" + bytes + "</p>\r\n");
+    std::string replaced;
+    for (char c : want) replaced += c == '~' ? "\xef\xbf\xbd" : std::string(1, c);
+    const std::size_t characters = fromUtf8(bytes).size();
+    HostRun read = runTagwright({"read", site.host("a.htm"), "--element-name", "p", "--json"});
+    HostRun write = runTagwright(
+        {"write", site.host("a.htm"), "--element-name", "p", "--new-content", "x", "--json"});
+    for (const auto& [run, field] : {std::pair{&read, "result"}, {&write, "errorResult"}}) {
+      ASSERT_EQ(run->status, 0) << run->err;
+      const std::string text = nlohmann::json::parse(run->out)[field].get<std::string>();
+      EXPECT_EQ(text, replaced);
+      EXPECT_EQ(fromUtf8(text).size(), characters);
+    }
   }
 }
 
