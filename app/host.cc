@@ -10,7 +10,9 @@
 #include <optional>
 #include <sstream>
 
+#include "platform/host_path.h"
 #include "platform/platform.h"
+#include "shell/validate_parameters.h"
 #include "site_context.h"
 #include "tagwright/tagwright.h"
 
@@ -25,6 +27,7 @@ constexpr const char* kSettingsHelp =
     "  AllowVirtualDocReadOnly=1     refuse physical paths for read and meta\n"
     "  AllowVirtualDocWriteOnly=1    refuse physical paths for write\n"
     "  AllowVirtualFileListOnly=1    refuse physical paths for list\n"
+    "  LineEnds=any                  a lone LF ends a line too (default crlf)\n"
     "A path that holds \"\\\" or \":\" is physical (C:\\web\\a.htm is /web/a.htm);\n"
     "any other is virtual: one that begins with \"/\" is taken from --root\n"
     "(default /), any other from the working folder, which must lie inside it.";
@@ -38,6 +41,7 @@ struct CommandLine {
   std::optional<std::string> newContent, newContentFile;
   std::optional<std::string> metaName, equals, pattern;
   std::optional<int> startInstance, countInstances;
+  std::optional<std::string> lineEnds;
   std::string root = "/";
   bool noContext = false;
   bool json = false;
@@ -53,6 +57,39 @@ void addCommon(CLI::App* command, CommandLine& line) {
   command->add_flag("--no-context", line.noContext,
                     "run without a page context: virtual paths are refused");
   command->add_flag("--json", line.json, "print one JSON object instead of the bare text");
+}
+
+void addLineEnds(CLI::App* command, CommandLine& line) {
+  command
+      ->add_option("--line-ends", line.lineEnds,
+                   "crlf: CR and CR LF end a line, a lone LF stays in it; any: LF alone ends a "
+                   "line too, and a rewrite keeps every line's own end (default: the "
+                   "LineEnds setting, else crlf)")
+      ->check(CLI::IsMember({"crlf", "any"}));
+}
+
+// Leads a user whose page overflowed to the mode that reads its LF line ends.
+void hintAtLineEnds(const std::string& answer, const Tagwright& instance,
+                    const std::string& document, SiteContext* context, std::ostream& err) {
+  if (answer != "ERROR: Overflow." || instance.lineEnds() != LineEnds::kCrLf) return;
+  std::string physical = document;
+  try {
+    if (!isPhysicalPath(fromUtf8(document))) {
+      if (context == nullptr) return;
+      physical = context->Server().MapPath(document);
+    }
+  } catch (...) {
+    return;  // a path the instance could not have opened either
+  }
+  std::ifstream file(hostPath(fromUtf8(physical)), std::ios::binary);
+  char previous = '\0';
+  for (char c; file.get(c); previous = c) {
+    if (c == '\n' && previous != '\r') {
+      err << "tagwright: the page has LF line ends, which --line-ends=any (or LineEnds=any in "
+             "the settings) reads as line ends\n";
+      return;
+    }
+  }
 }
 
 void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
@@ -75,6 +112,7 @@ void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
           "first,second: the spans between two elements (default none)");
   addText(command, "--separator", line.separator,
           "text behind each result, trimmed (default the NUL character)");
+  addLineEnds(command, line);
 }
 
 std::int16_t numberOr(const std::optional<int>& value, int fallback) {
@@ -172,6 +210,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
       ->check(CLI::Range(-32768, 32767));
   addText(meta, "--equals", line.equals, "text between name and content, trimmed (default $eq$)");
   addText(meta, "--separator", line.separator, "text behind each pair, trimmed (default NUL)");
+  addLineEnds(meta, line);
   addCommon(meta, line);
 
   CLI::App* list = app.add_subcommand("list", "print the names of a folder's files");
@@ -218,11 +257,15 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     err << "tagwright: cannot start: " << error.what() << "\n";
     return 1;
   }
+  std::shared_ptr<SiteContext> context;
   if (!line.noContext) {
     std::filesystem::path workingFolder = std::filesystem::current_path();
     std::filesystem::path root = std::filesystem::absolute(line.root);
-    instance->OnStartPage(std::make_shared<SiteContext>(root.string(), workingFolder.string()));
+    context = std::make_shared<SiteContext>(root.string(), workingFolder.string());
+    instance->OnStartPage(context);
   }
+  if (line.lineEnds)
+    instance->setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
 
   int matches = 0;
   if (read->parsed()) {
@@ -232,6 +275,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
         numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
         orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
         orDefault(line.separator, ""), &matches);
+    hintAtLineEnds(result, *instance, line.target, context.get(), err);
     return printTextResult(result, matches, line.json, out, err);
   }
   if (meta->parsed()) {
@@ -239,6 +283,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
         line.target, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
         numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
         orDefault(line.separator, ""), &matches);
+    hintAtLineEnds(result, *instance, line.target, context.get(), err);
     return printTextResult(result, matches, line.json, out, err);
   }
   if (list->parsed()) {
@@ -255,6 +300,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
       numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
       orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
       orDefault(line.separator, ""), &errorResult);
+  hintAtLineEnds(errorResult, *instance, line.target, context.get(), err);
   if (line.json) {
     nlohmann::ordered_json object;
     object["result"] = count;

@@ -53,7 +53,8 @@ class Tool:
 
     def __init__(self, name, role, tasks, level, command):
         self.name = name
-        # "tagwright", "tagwright-chunk" (tagwright at another chunk length), "peer",
+        # "tagwright", "tagwright-chunk" (tagwright at another chunk length),
+        # "tagwright-lf" (tagwright with --line-ends=any on the LF version of the page), "peer",
         # "ceiling" (the C scan) or "floor" (the C copy)
         self.role = role
         self.tasks = tasks
@@ -67,7 +68,15 @@ def physical(path):
 
 
 def is_tagwright(tool):
-    return tool.role in ("tagwright", "tagwright-chunk")
+    return tool.role in ("tagwright", "tagwright-chunk", "tagwright-lf")
+
+
+def reads_lf_page(tool):
+    return tool.role == "tagwright-lf"
+
+
+def crlf_to_lf(data):
+    return data.replace(b"\r\n", b"\n")
 
 
 def make_tools(tagwright, binaries, work):
@@ -104,8 +113,13 @@ def make_tools(tagwright, binaries, work):
         return lambda task, path, new: [["env", "TAGWRIGHT_SETTINGS=" + settings, *argv]
                                         for argv in tagwright_command(task, path, new)]
 
+    def any_line_end(task, path, new):
+        return [[*argv, "--line-ends=any"] for argv in tagwright_command(task, path, new)]
+
     return [
         Tool("tagwright", "tagwright", "ABCD", "exact", tagwright_command),
+        Tool("tagwright, LF page, --line-ends=any", "tagwright-lf", "ABCD", "exact",
+             any_line_end),
         Tool("tagwright, chunk 257", "tagwright-chunk", "ABCD", "exact", at_chunk_length(257)),
         Tool("tagwright, chunk 30000", "tagwright-chunk", "ABCD", "exact",
              at_chunk_length(30000)),
@@ -246,6 +260,15 @@ class Page:
                           + document[facts["target_end"]:])
 
     @property
+    def lf_path(self):
+        """The page with every CR LF made LF, made once beside it."""
+        path = self.path[:-4] + "-lf.htm"
+        if not os.path.exists(path) or os.path.getmtime(path) < os.path.getmtime(self.path):
+            with open(path, "wb") as file:
+                file.write(crlf_to_lf(self.original))
+        return path
+
+    @property
     def capped(self):
         return self.facts["paragraphs"] > self.facts["cap"]
 
@@ -258,13 +281,14 @@ def judge(tool, task, page, run, rewritten_path):
         said = (output[:200].decode("utf-8", "replace") + " " + run.stderr_text).split()
         raise Disagreement("exit status %d: %s" % (run.status, " ".join(said)[:200]))
     matches = reported_matches(run)
+    lf = crlf_to_lf if reads_lf_page(tool) else (lambda data: data)
     if tool.role == "ceiling":
         expected = page.facts["angle_brackets"]
         if output.decode() != str(expected):
             raise Disagreement("counted %s \"<\", expected %d" % (output.decode(), expected))
         return "exact", expected
     if task in ("A", "B"):
-        expected = page.paragraph_pieces[task]
+        expected = [lf(piece) for piece in page.paragraph_pieces[task]]
         label = ""
         if is_tagwright(tool) and page.capped:
             expected = expected[:page.facts["cap"]]
@@ -274,18 +298,18 @@ def judge(tool, task, page, run, rewritten_path):
             raise Disagreement("reports %s matches, returned %d" % (matches, len(expected)))
         return agreement + label, len(expected)
     if task == "C":
-        agreement = compare_texts(output, page.answers["C"], tool.level, "the inner markup")
+        agreement = compare_texts(output, lf(page.answers["C"]), tool.level, "the inner markup")
         if matches != 1:
             raise Disagreement("reports %s matches, expected 1" % matches)
         return agreement, 1
     with open(rewritten_path, "rb") as file:
         document = file.read()
     copy_only = tool.role == "floor"
-    expected_document = page.original if copy_only else page.rewritten
+    expected_document = lf(page.original if copy_only else page.rewritten)
     agreement = compare_texts(document, expected_document, tool.level, "the rewritten document")
     if is_tagwright(tool):
         # What a rewrite returns is the text it replaced.
-        compare_texts(output, page.answers["C"], "exact", "the replaced text returned")
+        compare_texts(output, lf(page.answers["C"]), "exact", "the replaced text returned")
     if matches != (0 if copy_only else 1):
         raise Disagreement("reports %s matches" % matches)
     return agreement, matches
@@ -351,6 +375,8 @@ class Row:
         """What the tool had to read: a capped read stops behind the 32,000th <p>."""
         if is_tagwright(self.tool) and self.task in "AB" and self.page.capped:
             return self.page.facts["cap_end_offset"]
+        if reads_lf_page(self.tool):
+            return os.path.getsize(self.page.lf_path)
         return self.page.bytes
 
 
@@ -363,10 +389,11 @@ def run_task(task, page, tools, rounds, work, env):
 
     def run_row(row, checked):
         tool_folder = os.path.join(folder, slug(row.tool.name))
-        path = page.path
+        path = page.lf_path if reads_lf_page(row.tool) else page.path
         if task == "D":
+            source_path = path
             path = os.path.join(tool_folder, "page.htm")
-            with open(page.path, "rb") as source, open(path, "wb") as copy:
+            with open(source_path, "rb") as source, open(path, "wb") as copy:
                 shutil.copyfileobj(source, copy, MIB)
                 copy.flush()
                 os.fsync(copy.fileno())  # no write-back of the copy during the timed run

@@ -49,6 +49,13 @@ class ScriptingContext {
   virtual PageServer& Server() = 0;
 };
 
+// What ends a line of a document. kCrLf, the default: CR or CR LF, a lone LF
+// stays in its line, and a rewrite ends every line with CR LF. kAny: a lone LF
+// ends a line too; matches, positions and the 16-bit limits are those of the
+// document with every line end made CR LF, while results and rewrites keep
+// each line's own end.
+enum class LineEnds { kCrLf, kAny };
+
 class Tagwright {
  public:
   // Reads the administrator's settings (see --help of the host) through the
@@ -60,6 +67,12 @@ class Tagwright {
   // Keeps the host's page context for virtual paths, replacing an earlier
   // one. REQUIRES: objScriptingContext is not null (throws otherwise).
   void OnStartPage(std::shared_ptr<ScriptingContext> objScriptingContext);
+
+  // What ends a line for the instance's later calls; the settings' LineEnds=any
+  // gives kAny, any other text kCrLf.
+  //   tagwright read page.htm --line-ends=any
+  void setLineEnds(LineEnds lineEnds) { lineEndMode = lineEnds; }
+  LineEnds lineEnds() const { return lineEndMode; }
 
   // Returns the parts of a document that a query locates, each followed by
   // the separator, less the last character; `*MatchesFound` gets the count.
@@ -118,6 +131,7 @@ class Tagwright {
   bool allowPhysicalDocRead = true;
   bool allowPhysicalDocWrite = true;
   bool allowPhysicalFileList = true;
+  LineEnds lineEndMode = LineEnds::kCrLf;
   std::shared_ptr<ScriptingContext> ScriptingContext_;
 };
 

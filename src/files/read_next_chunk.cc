@@ -51,10 +51,12 @@ bool endsInTagEnd(std::string_view bytes) {
 
 }  // namespace
 
-void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength, Chunk& chunk,
-                   std::optional<Failure>* readFailure) {
+void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLength,
+                   LineEnds lineEnds, Chunk& chunk, std::optional<Failure>* readFailure) {
   chunk.bytes.clear();
   chunk.characters = 0;
+  chunk.addedLineEnds.clear();
+  std::vector<std::size_t>* added = lineEnds == LineEnds::kAny ? &chunk.addedLineEnds : nullptr;
   try {
     const std::size_t threshold = bufferLength > 0 ? static_cast<std::size_t>(bufferLength) : 0;
     CharacterCount count(chunk.bytes);
@@ -62,20 +64,55 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
     // reached, then one at a time, counted, until it is.
     while (count.below(threshold) && !platform.endOfFile(fileNumber)) {
       const std::size_t oneLine = chunk.bytes.size() + 1;
-      platform.readLines(fileNumber, chunk.bytes, std::max(oneLine, count.safeLength(threshold)));
+      platform.readLines(fileNumber, chunk.bytes, std::max(oneLine, count.safeLength(threshold)),
+                         added);
     }
     if (!platform.endOfFile(fileNumber)) {
       for (int extension = 0; extension <= 4; ++extension) {
         if (endsInTagEnd(chunk.bytes) || platform.endOfFile(fileNumber)) break;
-        platform.readLines(fileNumber, chunk.bytes, chunk.bytes.size() + 1);
+        platform.readLines(fileNumber, chunk.bytes, chunk.bytes.size() + 1, added);
       }
     }
     chunk.characters = count.total();
   } catch (const Failure& failure) {
     chunk.bytes.clear();
     chunk.characters = 0;
+    chunk.addedLineEnds.clear();
     if (readFailure != nullptr) *readFailure = failure;
   }
+}
+
+}  // namespace tagwright
+
+namespace tagwright {
+namespace {
+
+// The first added line-end byte at or after `from`.
+std::vector<std::size_t>::const_iterator firstAddedFrom(const Chunk& chunk, std::size_t from) {
+  return std::lower_bound(chunk.addedLineEnds.begin(), chunk.addedLineEnds.end(), from);
+}
+
+}  // namespace
+
+void appendDocumentBytes(const Chunk& chunk, std::size_t from, std::size_t to, std::string& out) {
+  const std::string_view bytes = chunk.bytes;
+  for (auto added = firstAddedFrom(chunk, from); added != chunk.addedLineEnds.end() && *added < to;
+       ++added) {
+    out.append(bytes.substr(from, *added - from));
+    from = *added + 1;
+  }
+  out.append(bytes.substr(from, to - from));
+}
+
+void appendChunkCharacters(const Chunk& chunk, std::size_t from, std::size_t to, Text& out) {
+  const std::string_view bytes = chunk.bytes;
+  for (auto added = firstAddedFrom(chunk, from); added != chunk.addedLineEnds.end() && *added < to;
+       ++added) {
+    appendDecoded(bytes.substr(from, *added - from), out);
+    out.push_back(bytes[*added] == '\r' ? kAddedCr : kAddedLf);
+    from = *added + 1;
+  }
+  appendDecoded(bytes.substr(from, to - from), out);
 }
 
 }  // namespace tagwright

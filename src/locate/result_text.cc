@@ -7,10 +7,14 @@ namespace tagwright {
 void ResultText::append(TextView piece) {
   if (piece.empty()) return;
   // Encoded apart first, so that the room is projected from its true size.
+  // The last character that takes bytes is the one the last cut may take:
+  // an added line end behind it takes none.
+  std::size_t last = piece.size() - 1;
+  while (last > 0 && piece[last] >= kAddedCr) --last;
   encoded_.clear();
-  appendEncoded(piece.substr(0, piece.size() - 1), encoded_);
+  appendEncoded(piece.substr(0, last), encoded_);
   const std::size_t before = encoded_.size();
-  appendEncoded(piece.substr(piece.size() - 1), encoded_);
+  appendEncoded(piece.substr(last), encoded_);
   appendBytes(encoded_, encoded_.size() - before);
 }
 

@@ -71,7 +71,7 @@ class DocumentScan {
   // the end of the document, so in write mode it is the failure.
   void nextChunk() {
     std::optional<Failure> readFailure;
-    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunk_,
+    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, call_.lineEnds, chunk_,
                   writeMode_ ? &readFailure : nullptr);
     if (readFailure) throw *readFailure;
     state_.results->noteRead(chunk_.bytes.size());
@@ -90,7 +90,48 @@ class DocumentScan {
     if (from >= size) return;
     const std::size_t end =
         count ? from + std::min(static_cast<std::size_t>(count->value()), size - from) : size;
-    appendDecoded(chunkBytes(from, end), out);
+    if (chunk_.addedLineEnds.empty()) {
+      appendDecoded(chunkBytes(from, end), out);
+    } else {
+      appendChunkCharacters(chunk_, chunkOffsets_[from], chunkOffsets_[end], out);
+    }
+  }
+
+  // Writes the chunk read last, whole, as the document holds it.
+  void writeChunk() {
+    if (chunk_.addedLineEnds.empty()) {
+      state_.rewrite->write(chunk_.bytes);
+      return;
+    }
+    documentBytes_.clear();
+    appendDocumentBytes(chunk_, 0, chunk_.bytes.size(), documentBytes_);
+    state_.rewrite->write(documentBytes_);
+  }
+
+  // Appends the chunk's characters from index `start` up to `end` to the
+  // results, as the document holds them.
+  void appendFoundBytes(std::size_t start, std::size_t end) {
+    if (chunk_.addedLineEnds.empty()) {
+      state_.results->appendBytes(chunkBytes(start, end), chunkBytes(end - 1, end).size());
+      return;
+    }
+    documentBytes_.clear();
+    appendDocumentBytes(chunk_, chunkOffsets_[start], chunkOffsets_[end], documentBytes_);
+    // The last character the document holds: an added line end holds none.
+    const std::vector<std::size_t>& added = chunk_.addedLineEnds;
+    auto isAdded = [&](std::size_t index) {
+      return std::binary_search(added.begin(), added.end(), std::size_t{chunkOffsets_[index]});
+    };
+    std::size_t last = end - 1;
+    while (last > start && isAdded(last)) --last;
+    const std::size_t lastBytes = isAdded(last) ? 0 : chunkOffsets_[last + 1] - chunkOffsets_[last];
+    state_.results->appendBytes(documentBytes_, lastBytes);
+  }
+
+  // The routines that look at line ends themselves see the plain CR and LF.
+  Text& withPlainLineEnds(Text& text) {
+    if (call_.lineEnds == LineEnds::kAny) plainLineEnds(text);
+    return text;
   }
 
   // The bytes of the chunk's characters from index `start` up to `end`.
@@ -123,6 +164,7 @@ class DocumentScan {
   Text foundText_;
   Text replacementText_;
   Text outputText_;
+  std::string documentBytes_;
 };
 
 void DocumentScan::run(Int16& matchesFound) {
@@ -141,7 +183,7 @@ void DocumentScan::run(Int16& matchesFound) {
     // Behind a chunk that held one, the next likely does too, and the test
     // would only come before its decoding.
     if (!instancesNearby_ && !filter_.mayHoldInstance(chunk_)) {
-      if (writeMode_) state_.rewrite->write(chunk_.bytes);  // W2
+      if (writeMode_) writeChunk();  // W2
       nextChunk();
       continue;
     }
@@ -170,7 +212,7 @@ void DocumentScan::run(Int16& matchesFound) {
   }
   if (writeMode_) {  // W8: what is left goes out unsearched.
     while (!chunk_.empty()) {
-      state_.rewrite->write(chunk_.bytes);
+      writeChunk();
       nextChunk();
     }
   }
@@ -207,18 +249,16 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
             applySpanFunction(matchesFound, query_.SpanFunction, foundText_, query_.ContentType,
                               newContent_, replacementText_, writeMode_, call_.resultSeparator);
       } else if (!query_.StringFunction.empty()) {
-        foundText_ = applyStringFunction(query_.StringFunction, foundText_);
+        foundText_ = applyStringFunction(query_.StringFunction, withPlainLineEnds(foundText_));
       }
-      if (innerText_) foundText_ = stripMarkup(foundText_);
+      if (innerText_) foundText_ = stripMarkup(withPlainLineEnds(foundText_));
       if (!trim(foundText_).empty()) state_.results->append(foundText_);
     } else {
       // Text taken as it stands within one chunk is copied as it was read.
       const std::size_t start = contentStart.index();
       const std::size_t end = std::min(closePos.index(), chunkLower_.size());
       const std::string_view found = chunkBytes(start, end);
-      if (found.find_first_not_of(' ') != std::string_view::npos) {
-        state_.results->appendBytes(found, chunkBytes(end - 1, end).size());
-      }
+      if (found.find_first_not_of(' ') != std::string_view::npos) appendFoundBytes(start, end);
     }
     // A span function puts a separator behind each span itself.
     if (query_.SpanFunction.empty()) state_.results->append(call_.resultSeparator);

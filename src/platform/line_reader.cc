@@ -13,6 +13,7 @@ LineReader::LineReader(ByteSource& source, std::size_t bufferSize)
 bool LineReader::fill() {
   if (exhausted_) return false;
   begin_ = 0;
+  nextCr_ = kUnknown;
   end_ = source_.read(buffer_.data(), buffer_.size());
   if (end_ == 0) exhausted_ = true;
   return end_ > 0;
@@ -72,7 +73,55 @@ std::size_t LineReader::wholeCrLfLines(std::size_t wanted) const {
   return cr + 2;
 }
 
-void LineReader::readLines(std::string& out, std::size_t untilSize) {
+void LineReader::readLineAnyEnd(std::string& out, std::vector<std::size_t>& addedLineEnds) {
+  for (;;) {
+    if (begin_ == end_ && !fill()) {
+      // The file ended inside a line, which gains both bytes.
+      addedLineEnds.push_back(out.size());
+      addedLineEnds.push_back(out.size() + 1);
+      out.append("\r\n");
+      return;
+    }
+    const char* start = buffer_.data() + begin_;
+    if (nextCr_ == kUnknown || nextCr_ < begin_) {
+      const void* cr = std::memchr(start, '\r', end_ - begin_);
+      nextCr_ = cr == nullptr
+                    ? end_
+                    : static_cast<std::size_t>(static_cast<const char*>(cr) - buffer_.data());
+    }
+    const std::size_t beforeCr = nextCr_ - begin_;
+    const void* lf = std::memchr(start, '\n', beforeCr);
+    if (lf != nullptr) {
+      const std::size_t length = static_cast<std::size_t>(static_cast<const char*>(lf) - start);
+      out.append(start, length);
+      addedLineEnds.push_back(out.size());
+      out.append("\r\n");
+      begin_ += length + 1;
+      return;
+    }
+    out.append(start, beforeCr);
+    begin_ = nextCr_;
+    if (begin_ == end_) continue;  // the line runs over the end of the buffer
+    ++begin_;
+    out.push_back('\r');
+    // The LF of a CR LF may lie in the next block.
+    if (begin_ == end_) fill();
+    if (begin_ < end_ && buffer_[begin_] == '\n') {
+      ++begin_;
+    } else {
+      addedLineEnds.push_back(out.size());
+    }
+    out.push_back('\n');
+    return;
+  }
+}
+
+void LineReader::readLines(std::string& out, std::size_t untilSize,
+                           std::vector<std::size_t>* addedLineEnds) {
+  if (addedLineEnds != nullptr) {
+    while (out.size() < untilSize && !endOfFile()) readLineAnyEnd(out, *addedLineEnds);
+    return;
+  }
   while (out.size() < untilSize && !endOfFile()) {
     if (std::size_t run = wholeCrLfLines(untilSize - out.size()); run > 0) {
       out.append(buffer_.data() + begin_, run);

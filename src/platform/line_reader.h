@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace tagwright {
 
@@ -26,18 +27,30 @@ class LineReader {
   void readLine(std::string& out);
   // Appends lines, each followed by CR LF, until `out` holds at least
   // `untilSize` bytes or no byte is left.
-  void readLines(std::string& out, std::size_t untilSize);
+  //
+  // With `addedLineEnds`, a lone LF ends a line too, and the offset in `out`
+  // of every byte of those CR LF that the file does not hold is appended to
+  // it, in ascending order: the CR in front of a lone LF's LF, the LF behind
+  // a lone CR, both behind a last line without a line end.
+  void readLines(std::string& out, std::size_t untilSize,
+                 std::vector<std::size_t>* addedLineEnds = nullptr);
   // True when no byte is left, which may need a read to find out.
   bool endOfFile();
 
  private:
   bool fill();
   std::size_t wholeCrLfLines(std::size_t wanted) const;
+  void readLineAnyEnd(std::string& out, std::vector<std::size_t>& addedLineEnds);
 
   ByteSource& source_;
   std::string buffer_;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
+  // The first CR at or after begin_ in the buffer, end_ when there is none,
+  // kUnknown before it is searched: most files that end lines with LF hold
+  // no CR, and one search then serves every line of the buffer.
+  static constexpr std::size_t kUnknown = static_cast<std::size_t>(-1);
+  std::size_t nextCr_ = kUnknown;
   bool exhausted_ = false;
 };
 

@@ -71,6 +71,8 @@ constexpr std::array<char32_t, kDirectLowerLimit> kDirectLower = [] {
 
 char32_t lowerChar(char32_t c) {
   if (c < kDirectLowerLimit) return kDirectLower[c];
+  if (c == kAddedCr) return U'\r';
+  if (c == kAddedLf) return U'\n';
   const LowerPair* end = std::end(kLowerTable);
   const LowerPair* at = std::lower_bound(std::begin(kLowerTable), end, c,
                                          [](const LowerPair& p, char32_t v) { return p.code < v; });
@@ -83,6 +85,12 @@ void lowerInto(TextView text, Text& out) {
   // the few characters beyond ASCII are then mapped by the table.
   lowerAscii(text.data(), text.size(), out.data());
   lowerBeyondAscii(out.data(), out.size());
+}
+
+void plainLineEnds(Text& text) {
+  for (char32_t& c : text) {
+    if (c >= kAddedCr) c = lowerChar(c);
+  }
 }
 
 Text lower(TextView text) {

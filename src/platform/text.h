@@ -24,6 +24,15 @@ using Text = std::u32string;
 using TextView = std::u32string_view;
 
 inline constexpr char32_t kRawByteBase = 0x110000;
+
+// When LF alone ends a line too, a chunk shows every line end as CR LF; the
+// CR or LF that it adds where the document has a lone LF, a lone CR or no
+// line end at all is decoded as one of these two characters, wherever text
+// is cut for a result or a rewrite. Each lower-cases to the CR or LF it
+// stands for, so that every search sees the CR LF form, and encodes to
+// nothing, so that what goes out holds the document's own line ends.
+inline constexpr char32_t kAddedCr = kRawByteBase + 0x100;
+inline constexpr char32_t kAddedLf = kRawByteBase + 0x101;
 inline constexpr char32_t kBlank = U' ';
 
 // Appends the characters of `utf8` to `out`.
@@ -40,7 +49,8 @@ void decodeLoweredInto(std::string_view utf8, Text& lower);
 // The number of characters that `utf8` decodes to.
 std::size_t decodedLength(std::string_view utf8);
 Text fromUtf8(std::string_view utf8);
-// Appends the UTF-8 form of `text` to `out`; raw-byte characters become their byte.
+// Appends the UTF-8 form of `text` to `out`; raw-byte characters become their
+// byte, added line-end characters nothing.
 void appendEncoded(TextView text, std::string& out);
 std::string toUtf8(TextView text);
 
@@ -51,6 +61,9 @@ char32_t lowerChar(char32_t c);
 // Makes `out` the lower-cased copy of `text`, reusing its storage.
 void lowerInto(TextView text, Text& out);
 Text lower(TextView text);
+// Makes every added line-end character the plain CR or LF it stands for, as
+// the routines that look at line ends themselves (stripMarkup) must see them.
+void plainLineEnds(Text& text);
 
 // The code of a character in the ANSI sense: its value for ASCII, and 128 or
 // more for every character outside ASCII.

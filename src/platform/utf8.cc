@@ -41,11 +41,13 @@ TAGWRIGHT_VECTOR_CLONES std::size_t encodedSize(const char32_t* text, std::size_
   std::size_t bytes = n;
   for (std::size_t i = 0; i < n; ++i) {
     char32_t c = text[i];
-    // A raw byte lies above every code point and is written as one byte.
+    // A raw byte lies above every code point and is written as one byte; an
+    // added line end lies above those and is written as none.
     bool raw = c >= kRawByteBase;
     bytes += static_cast<std::size_t>(!raw) *
              (static_cast<std::size_t>(c >= 0x80) + static_cast<std::size_t>(c >= 0x800) +
               static_cast<std::size_t>(c >= 0x10000));
+    bytes -= static_cast<std::size_t>(c >= kAddedCr);
   }
   return bytes;
 }
@@ -237,10 +239,10 @@ void appendEncoded(TextView text, std::string& out) {
   std::size_t n = 0;
   std::size_t i = 0;
   while (i < text.size()) {
-    if (i + 8 <= text.size()) {
+    if (i + 8 <= text.size() && n + 8 <= bytes) {
       // Narrow eight characters at once and keep the ASCII ones in front of
-      // the first one beyond; every character left takes a byte or more, so
-      // the eight bytes are there.
+      // the first one beyond. (Added line ends take no byte, so the room for
+      // eight is tested, not implied.)
       unsigned mask = 0;
       for (unsigned k = 0; k < 8; ++k) {
         target[n + k] = static_cast<unsigned char>(text[i + k]);
@@ -266,7 +268,7 @@ void appendEncoded(TextView text, std::string& out) {
       target[n++] = static_cast<unsigned char>(0x80 | ((c >> 12) & 0x3F));
       target[n++] = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
       target[n++] = static_cast<unsigned char>(0x80 | (c & 0x3F));
-    } else {
+    } else if (c < kAddedCr) {
       target[n++] = static_cast<unsigned char>(c - kRawByteBase);
     }
   }

@@ -33,9 +33,9 @@ std::string Tagwright::readMetaContent(const std::string& DocumentName,
                                       query, resultSeparator, fileNumber);
     if (message.empty()) {
       Text resultText;
-      message =
-          scanMetaTags({platform_, bufferLength, resultSeparator}, metaName, query.StartInstance,
-                       query.CountInstances, fileNumber, matchCount, equals, resultText);
+      message = scanMetaTags({platform_, bufferLength, resultSeparator, lineEndMode}, metaName,
+                             query.StartInstance, query.CountInstances, fileNumber, matchCount,
+                             equals, resultText);
       if (message.empty()) {
         matches = matchCount.value();
         result = toUtf8(resultText);

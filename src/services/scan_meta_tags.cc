@@ -45,8 +45,15 @@ class MetaScan {
 
  private:
   void nextChunk() {
-    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, chunk_);
-    decodeInto(chunk_.bytes, chunkText_);
+    readNextChunk(call_.platform, fileNumber_, call_.bufferLength, call_.lineEnds, chunk_);
+    if (chunk_.addedLineEnds.empty()) {
+      decodeInto(chunk_.bytes, chunkText_);
+    } else {
+      // Pairs are cut from these characters, so that they hold the
+      // document's own line ends; the lower-cased copy reads CR LF.
+      chunkText_.clear();
+      appendChunkCharacters(chunk_, 0, chunk_.bytes.size(), chunkText_);
+    }
   }
 
   // Appends the pair of the tag at `position` and the separator; returns the

@@ -10,9 +10,9 @@ namespace tagwright {
 // then scanDocument on the document it opened. Returns the empty text on
 // success, with `scanResult` (UTF-8) and `matches` set; else the failure's
 // message.
-Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength, Query& query,
-                   Text& resultSeparator, bool writeMode, TextView NewContent,
-                   std::string& scanResult, Int16& matches);
+Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength,
+                   LineEnds lineEnds, Query& query, Text& resultSeparator, bool writeMode,
+                   TextView NewContent, std::string& scanResult, Int16& matches);
 
 }  // namespace tagwright
 

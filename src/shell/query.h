@@ -6,6 +6,7 @@
 #include "platform/int16.h"
 #include "platform/platform.h"
 #include "platform/text.h"
+#include "tagwright/tagwright.h"
 
 namespace tagwright {
 
@@ -29,6 +30,7 @@ struct CallContext {
   Platform& platform;
   std::int32_t bufferLength;
   TextView resultSeparator;
+  LineEnds lineEnds;
 };
 
 }  // namespace tagwright

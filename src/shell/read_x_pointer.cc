@@ -22,7 +22,7 @@ std::string Tagwright::readXPointer(const std::string& DocumentName, const std::
     Int16 localMatches = 0;
     Text message =
         locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocRead}, bufferLength,
-                      query, resultSeparator, false, {}, scanResult, localMatches);
+                      lineEndMode, query, resultSeparator, false, {}, scanResult, localMatches);
     if (message.empty()) {
       matches = localMatches.value();
       result = std::move(scanResult);

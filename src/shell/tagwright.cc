@@ -28,6 +28,7 @@ Tagwright::Tagwright(Platform& platform) : platform_(platform) {
   if (readSetting(platform_, U"AllowVirtualDocReadOnly") == U"1") allowPhysicalDocRead = false;
   if (readSetting(platform_, U"AllowVirtualDocWriteOnly") == U"1") allowPhysicalDocWrite = false;
   if (readSetting(platform_, U"AllowVirtualFileListOnly") == U"1") allowPhysicalFileList = false;
+  if (readSetting(platform_, U"LineEnds") == U"any") lineEndMode = LineEnds::kAny;
 }
 
 void Tagwright::OnStartPage(std::shared_ptr<ScriptingContext> objScriptingContext) {

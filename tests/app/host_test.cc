@@ -151,6 +151,50 @@ TEST(Host, SettingsFile) {
   ::unsetenv("TAGWRIGHT_SETTINGS");
 }
 
+// --line-ends and LineEnds=any read a page of LF lines past 32767
+// characters; in the default mode its overflow comes with a hint, which a
+// page without a lone LF does not get.
+TEST(Host, LineEnds) {
+  TempFolder folder;
+  folder.write("lf.htm", repeat("<p>x</p>\n", 5000) + "<p>last</p>\n");
+  folder.write("long.htm", repeat("<p>x</p>", 5000) + "<p>last</p>\r\n");
+  const std::string hint = "--line-ends=any";
+  const struct {
+    Args options;
+    std::string page;
+    std::string settings;
+    HostRun want;  // err: a part of it, or "" for no hint
+  } cases[] = {
+      {{}, "lf.htm", "", {1, "ERROR: Overflow.", hint}},
+      {{"--line-ends=any"}, "lf.htm", "", {0, "last", ""}},
+      {{}, "lf.htm", "LineEnds=any\n", {0, "last", ""}},
+      {{"--line-ends", "crlf"}, "lf.htm", "LineEnds=any\n", {1, "ERROR: Overflow.", hint}},
+      {{}, "long.htm", "", {1, "ERROR: Overflow.", ""}},
+      {{"--line-ends=lf"}, "lf.htm", "", {2, "", "--line-ends"}},
+  };
+  ::setenv("TAGWRIGHT_SETTINGS", folder.host("settings.conf").c_str(), 1);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.page + " " + testing::PrintToString(c.options) + c.settings);
+    folder.write("settings.conf", c.settings);
+    Args arguments{"read", "/" + c.page,       "--root", folder.host(),       "--element-name",
+                   "p",    "--start-instance", "5001",   "--count-instances", "1"};
+    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+    HostRun run = runTagwright(arguments);
+    EXPECT_EQ(run.status, c.want.status);
+    EXPECT_EQ(run.out, c.want.out);
+    EXPECT_EQ(run.err.find(hint) != std::string::npos, c.want.err.find(hint) != std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find(c.want.err), std::string::npos) << run.err;
+  }
+  ::unsetenv("TAGWRIGHT_SETTINGS");
+  // A rewrite in the mode keeps the LF line ends.
+  HostRun run =
+      runTagwright({"write", folder.host("lf.htm"), "--element-name", "p", "--start-instance",
+                    "5001", "--new-content", "new", "--line-ends=any"});
+  EXPECT_EQ(run, (HostRun{0, "last", "matches: 1\n"}));
+  EXPECT_EQ(folder.read("lf.htm"), repeat("<p>x</p>\n", 5000) + "<p>new</p>\n");
+}
+
 TEST(SiteContext, RefusesEveryClimbAboveTheRoot) {
   // Root, working folder, path, and what it maps to; empty where refused.
   const std::tuple<const char*, const char*, const char*, const char*> cases[] = {

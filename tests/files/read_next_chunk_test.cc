@@ -18,7 +18,7 @@ std::string chunksOf(const std::string& document, std::int32_t bufferLength) {
   std::string chunks;
   Chunk chunk;
   for (int guard = 0; guard < 100; ++guard) {
-    readNextChunk(platform, file, bufferLength, chunk);
+    readNextChunk(platform, file, bufferLength, LineEnds::kCrLf, chunk);
     if (chunk.empty()) break;
     EXPECT_EQ(chunk.characters, fromUtf8(chunk.bytes).size()) << chunk.bytes;
     chunks += chunk.bytes + "|";

@@ -31,6 +31,7 @@ struct Request {
   std::string string = "";
   std::string separator = ";";
   std::string newContent = "NEW";
+  LineEnds lineEnds = LineEnds::kCrLf;
 };
 
 // `text` written `times` times over.
@@ -78,6 +79,7 @@ inline Outcome read(Platform& platform, const Request& r, std::int32_t bufferLen
   Tagwright instance(platform);
   if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
   if (context) instance.OnStartPage(context);
+  instance.setLineEnds(r.lineEnds);
   Outcome o;
   o.text = instance.readXPointer(r.document, r.element, r.attributeName, r.attributeValue, r.start,
                                  r.count, r.contentType, r.span, r.string, r.separator, &o.matches);
@@ -87,6 +89,7 @@ inline Outcome read(Platform& platform, const Request& r, std::int32_t bufferLen
 inline Outcome write(Platform& platform, const Request& r, std::int32_t bufferLength = 2048) {
   Tagwright instance(platform);
   if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
+  instance.setLineEnds(r.lineEnds);
   Outcome o;
   o.matches =
       instance.writeXPointer(r.newContent, r.document, r.element, r.attributeName, r.attributeValue,
@@ -102,11 +105,13 @@ struct MetaRequest {
   std::int16_t count = 0;
   std::string equals = "$eq$";
   std::string separator = ";";
+  LineEnds lineEnds = LineEnds::kCrLf;
 };
 
 inline Outcome read(Platform& platform, const MetaRequest& m, std::int32_t bufferLength = 2048) {
   Tagwright instance(platform);
   if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
+  instance.setLineEnds(m.lineEnds);
   Outcome o;
   o.text = instance.readMetaContent(m.document, m.name, m.start, m.count, m.equals, m.separator,
                                     &o.matches);
