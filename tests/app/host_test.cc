@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-#include "site_context.h"
+#include "tagwright/site_context.h"
 #include "support/requests.h"
 #include "support/temp_folder.h"
 
