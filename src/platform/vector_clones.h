@@ -6,8 +6,7 @@
 // processor runs is picked when the program is loaded. Not under
 // ThreadSanitizer: the picker of a shared library runs while the library is
 // relocated, before the sanitizer's runtime is ready, and crashes there.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
-    !defined(__SANITIZE_THREAD__)
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_THREAD__)
 #define TAGWRIGHT_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
 #else
 #define TAGWRIGHT_VECTOR_CLONES
