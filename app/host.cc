@@ -13,8 +13,9 @@
 #include "platform/host_path.h"
 #include "platform/platform.h"
 #include "shell/validate_parameters.h"
-#include "site_context.h"
+#include "tagwright/site_context.h"
 #include "tagwright/tagwright.h"
+#include "tagwright/version.h"
 
 namespace tagwright {
 namespace {
@@ -180,6 +181,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   CLI::App app{"tagwright: locate and rewrite parts of HTML, XML and server pages"};
   app.footer(kSettingsHelp);
   app.require_subcommand(1);
+  app.set_version_flag("--version", "tagwright " TAGWRIGHT_VERSION);
 
   CLI::App* read = app.add_subcommand("read", "print the parts of a document that a query locates");
   read->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
@@ -241,6 +243,9 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     return 0;
   } catch (const CLI::CallForAllHelp&) {
     out << app.help("", CLI::AppFormatMode::All);
+    return 0;
+  } catch (const CLI::CallForVersion& version) {
+    out << version.what() << "\n";
     return 0;
   } catch (const CLI::ParseError& error) {
     const CLI::App* failed = app.get_subcommands().empty() ? &app : app.get_subcommands().front();

@@ -30,20 +30,22 @@
 #include <string>
 #include <string_view>
 
+#include "tagwright/export.h"
+
 namespace tagwright {
 
 class Platform;
 
 // The host's server object: maps a virtual path of the site to a physical
 // path ("\srv\site\a.htm"), or throws when it cannot.
-class PageServer {
+class TAGWRIGHT_EXPORT PageServer {
  public:
   virtual ~PageServer() = default;
   virtual std::string MapPath(const std::string& path) = 0;
 };
 
 // The page context that a host hands to an instance.
-class ScriptingContext {
+class TAGWRIGHT_EXPORT ScriptingContext {
  public:
   virtual ~ScriptingContext() = default;
   virtual PageServer& Server() = 0;
@@ -56,7 +58,7 @@ class ScriptingContext {
 // each line's own end.
 enum class LineEnds { kCrLf, kAny };
 
-class Tagwright {
+class TAGWRIGHT_EXPORT Tagwright {
  public:
   // Reads the administrator's settings (see --help of the host) through the
   // system's platform.

@@ -8,7 +8,7 @@
 #include "files/read_next_chunk.h"
 #include "locate/element_types.h"
 #include "platform/text.h"
-#include "shell/query.h"
+#include "locate/query.h"
 
 namespace tagwright {
 

@@ -114,6 +114,10 @@ class Platform {
 // settings file named by TAGWRIGHT_SETTINGS or /etc/tagwright/settings.conf.
 Platform& systemPlatform();
 
+// The same platform with the settings read from `settingsFile` instead,
+// for hosts that give each instance a settings file of its own.
+std::unique_ptr<Platform> systemPlatformWithSettings(std::string settingsFile);
+
 }  // namespace tagwright
 
 #endif  // TAGWRIGHT_PLATFORM_PLATFORM_H_

@@ -220,6 +220,9 @@ class MinstdRandom : public RandomGenerator {
 
 class PosixPlatform : public Platform {
  public:
+  PosixPlatform() = default;
+  explicit PosixPlatform(std::string settingsFile) : settingsFile_(std::move(settingsFile)) {}
+
   Int16 nextFreeFileNumber() override {
     for (int n = 1; n <= kLastFileNumber; ++n) {
       if (!threadFiles.contains(n)) return n;
@@ -386,7 +389,9 @@ class PosixPlatform : public Platform {
 
   std::optional<std::string> readSettingsFile() override {
     const char* named = std::getenv("TAGWRIGHT_SETTINGS");
-    std::string path = named != nullptr ? named : "/etc/tagwright/settings.conf";
+    std::string path = settingsFile_      ? *settingsFile_
+                       : named != nullptr ? named
+                                          : "/etc/tagwright/settings.conf";
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) return std::nullopt;
     std::string text;
@@ -398,6 +403,9 @@ class PosixPlatform : public Platform {
     if (failed) return std::nullopt;
     return text;
   }
+
+ private:
+  std::optional<std::string> settingsFile_;
 };
 
 }  // namespace
@@ -406,6 +414,10 @@ Platform& systemPlatform() {
   // Stateless: the files it keeps are per thread, above.
   static PosixPlatform platform;
   return platform;
+}
+
+std::unique_ptr<Platform> systemPlatformWithSettings(std::string settingsFile) {
+  return std::make_unique<PosixPlatform>(std::move(settingsFile));
 }
 
 }  // namespace tagwright

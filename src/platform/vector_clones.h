@@ -3,8 +3,10 @@
 
 // Marks a function made of plain loops that the compiler vectorises: on
 // x86-64 it is built twice, for AVX2 and for the baseline, and the one the
-// processor runs is picked when the program is loaded.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+// processor runs is picked when the program is loaded. Not under
+// ThreadSanitizer: the picker of a shared library runs while the library is
+// relocated, before the sanitizer's runtime is ready, and crashes there.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_THREAD__)
 #define TAGWRIGHT_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
 #else
 #define TAGWRIGHT_VECTOR_CLONES

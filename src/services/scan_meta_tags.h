@@ -3,7 +3,7 @@
 
 #include "platform/int16.h"
 #include "platform/text.h"
-#include "shell/query.h"
+#include "locate/query.h"
 
 namespace tagwright {
 

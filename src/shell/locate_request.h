@@ -1,7 +1,7 @@
 #ifndef TAGWRIGHT_SHELL_LOCATE_REQUEST_H_
 #define TAGWRIGHT_SHELL_LOCATE_REQUEST_H_
 
-#include "shell/query.h"
+#include "locate/query.h"
 #include "shell/validate_parameters.h"
 
 namespace tagwright {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/text.h"
-#include "shell/query.h"
+#include "locate/query.h"
 
 namespace tagwright {
 

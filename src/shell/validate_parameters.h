@@ -2,7 +2,7 @@
 #define TAGWRIGHT_SHELL_VALIDATE_PARAMETERS_H_
 
 #include "platform/platform.h"
-#include "shell/query.h"
+#include "locate/query.h"
 #include "tagwright/tagwright.h"
 
 namespace tagwright {

@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/text.h"
-#include "site_context.h"
+#include "tagwright/site_context.h"
 #include "support/requests.h"
 #include "support/temp_folder.h"
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/text.h"
-#include "shell/query.h"
+#include "locate/query.h"
 
 namespace tagwright {
 

@@ -1,5 +1,5 @@
-#ifndef TAGWRIGHT_SHELL_QUERY_H_
-#define TAGWRIGHT_SHELL_QUERY_H_
+#ifndef TAGWRIGHT_LOCATE_QUERY_H_
+#define TAGWRIGHT_LOCATE_QUERY_H_
 
 #include <cstdint>
 
@@ -35,4 +35,4 @@ struct CallContext {
 
 }  // namespace tagwright
 
-#endif  // TAGWRIGHT_SHELL_QUERY_H_
+#endif  // TAGWRIGHT_LOCATE_QUERY_H_

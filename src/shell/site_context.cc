@@ -1,4 +1,4 @@
-#include "site_context.h"
+#include "tagwright/site_context.h"
 
 #include <algorithm>
 #include <sstream>
