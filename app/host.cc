@@ -10,9 +10,7 @@
 #include <optional>
 #include <sstream>
 
-#include "platform/host_path.h"
 #include "platform/platform.h"
-#include "shell/validate_parameters.h"
 #include "tagwright/site_context.h"
 #include "tagwright/tagwright.h"
 #include "tagwright/version.h"
@@ -71,24 +69,20 @@ void addLineEnds(CLI::App* command, CommandLine& line) {
 
 // Leads a user whose page overflowed to the mode that reads its LF line ends.
 void hintAtLineEnds(const std::string& answer, const Tagwright& instance,
-                    const std::string& document, SiteContext* context, std::ostream& err) {
+                    const std::string& document, std::ostream& err) {
   if (answer != "ERROR: Overflow." || instance.lineEnds() != LineEnds::kCrLf) return;
-  std::string physical = document;
-  try {
-    if (!isPhysicalPath(fromUtf8(document))) {
-      if (context == nullptr) return;
-      physical = context->Server().MapPath(document);
-    }
-  } catch (...) {
-    return;  // a path the instance could not have opened either
-  }
-  std::ifstream file(hostPath(fromUtf8(physical)), std::ios::binary);
+  const std::string path = instance.hostPathOf(document);
+  if (path.empty()) return;  // a path the instance could not have opened either
+  std::ifstream file(path, std::ios::binary);
+  char block[64 * 1024];
   char previous = '\0';
-  for (char c; file.get(c); previous = c) {
-    if (c == '\n' && previous != '\r') {
-      err << "tagwright: the page has LF line ends, which --line-ends=any (or LineEnds=any in "
-             "the settings) reads as line ends\n";
-      return;
+  while (file.read(block, sizeof block) || file.gcount() > 0) {
+    for (std::streamsize i = 0; i < file.gcount(); previous = block[i++]) {
+      if (block[i] == '\n' && previous != '\r') {
+        err << "tagwright: the page has LF line ends, which --line-ends=any (or LineEnds=any in "
+               "the settings) reads as line ends\n";
+        return;
+      }
     }
   }
 }
@@ -262,12 +256,10 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     err << "tagwright: cannot start: " << error.what() << "\n";
     return 1;
   }
-  std::shared_ptr<SiteContext> context;
   if (!line.noContext) {
     std::filesystem::path workingFolder = std::filesystem::current_path();
     std::filesystem::path root = std::filesystem::absolute(line.root);
-    context = std::make_shared<SiteContext>(root.string(), workingFolder.string());
-    instance->OnStartPage(context);
+    instance->OnStartPage(std::make_shared<SiteContext>(root.string(), workingFolder.string()));
   }
   if (line.lineEnds)
     instance->setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
@@ -280,7 +272,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
         numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
         orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
         orDefault(line.separator, ""), &matches);
-    hintAtLineEnds(result, *instance, line.target, context.get(), err);
+    hintAtLineEnds(result, *instance, line.target, err);
     return printTextResult(result, matches, line.json, out, err);
   }
   if (meta->parsed()) {
@@ -288,7 +280,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
         line.target, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
         numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
         orDefault(line.separator, ""), &matches);
-    hintAtLineEnds(result, *instance, line.target, context.get(), err);
+    hintAtLineEnds(result, *instance, line.target, err);
     return printTextResult(result, matches, line.json, out, err);
   }
   if (list->parsed()) {
@@ -305,7 +297,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
       numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
       orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
       orDefault(line.separator, ""), &errorResult);
-  hintAtLineEnds(errorResult, *instance, line.target, context.get(), err);
+  hintAtLineEnds(errorResult, *instance, line.target, err);
   if (line.json) {
     nlohmann::ordered_json object;
     object["result"] = count;

@@ -76,6 +76,14 @@ class TAGWRIGHT_EXPORT Tagwright {
   void setLineEnds(LineEnds lineEnds) { lineEndMode = lineEnds; }
   LineEnds lineEnds() const { return lineEndMode; }
 
+  // The path on the host's file system that an operation would open for
+  // DocumentName: trimmed, mapped through the page context when virtual.
+  // Empty where it cannot be mapped (no context, or the context refused).
+  // Opens nothing and checks no setting; hosts use it to lock a document or
+  // explain a failure without repeating the component's path rules.
+  //   tw.hostPathOf("/news.htm") == "/srv/site/news.htm"  (root /srv/site)
+  std::string hostPathOf(const std::string& DocumentName) const;
+
   // Returns the parts of a document that a query locates, each followed by
   // the separator, less the last character; `*MatchesFound` gets the count.
   // ElementName is a name ("p") or "#element", "#comment", "#pi", "#aspcode"
