@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <memory>
@@ -10,6 +9,7 @@
 #include <optional>
 #include <sstream>
 
+#include "plain_file.h"
 #include "platform/platform.h"
 #include "tagwright/site_context.h"
 #include "tagwright/tagwright.h"
@@ -27,9 +27,12 @@ constexpr const char* kSettingsHelp =
     "  AllowVirtualDocWriteOnly=1    refuse physical paths for write\n"
     "  AllowVirtualFileListOnly=1    refuse physical paths for list\n"
     "  LineEnds=any                  a lone LF ends a line too (default crlf)\n"
+    "  FollowLinksOut=1              serve links out of --root, as --follow-links-out\n"
     "A path that holds \"\\\" or \":\" is physical (C:\\web\\a.htm is /web/a.htm);\n"
     "any other is virtual: one that begins with \"/\" is taken from --root\n"
-    "(default /), any other from the working folder, which must lie inside it.";
+    "(default /), any other from the working folder, which must lie inside it;\n"
+    "a virtual path whose target, links followed, lies outside --root is refused.\n"
+    "A write waits for any other write of the same document to finish.";
 
 // The values of one command line; an option left out stays empty here and
 // the operation's default applies.
@@ -43,6 +46,7 @@ struct CommandLine {
   std::optional<std::string> lineEnds;
   std::string root = "/";
   bool noContext = false;
+  bool followLinksOut = false;
   bool json = false;
 };
 
@@ -56,6 +60,8 @@ void addCommon(CLI::App* command, CommandLine& line) {
   command->add_flag("--no-context", line.noContext,
                     "run without a page context: virtual paths are refused");
   command->add_flag("--json", line.json, "print one JSON object instead of the bare text");
+  command->add_flag("--follow-links-out", line.followLinksOut,
+                    "serve virtual paths through links that lead out of --root");
 }
 
 void addLineEnds(CLI::App* command, CommandLine& line) {
@@ -151,20 +157,15 @@ int printTextResult(const std::string& result, int matches, bool json, std::ostr
 std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
                                           std::ostream& err) {
   if (line.newContent) return line.newContent;
-  // A read that fails (a folder given as the file) throws from inside the
-  // stream buffer; it must stop the write, never pass for empty content.
-  try {
-    if (*line.newContentFile == "-") {
-      return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
-    std::ifstream file(*line.newContentFile, std::ios::binary);
-    if (file) {
-      return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    }
-  } catch (const std::exception&) {
+  if (*line.newContentFile == "-") {
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   }
-  err << "tagwright: cannot read --new-content-file " << *line.newContentFile << "\n";
-  return std::nullopt;
+  std::optional<std::string> bytes = readPlainFile(*line.newContentFile);
+  if (!bytes) {
+    err << "tagwright: cannot read --new-content-file " << *line.newContentFile
+        << " (it must be a plain file)\n";
+  }
+  return bytes;
 }
 
 }  // namespace
@@ -232,6 +233,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     if (write->parsed() && !line.newContent && !line.newContentFile) {
       throw CLI::RequiredError("--new-content or --new-content-file");
     }
+    if (line.root.empty()) throw CLI::ValidationError("--root", "the site root must not be empty");
   } catch (const CLI::CallForHelp&) {
     out << app.help();
     return 0;
@@ -257,9 +259,10 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     return 1;
   }
   if (!line.noContext) {
-    std::filesystem::path workingFolder = std::filesystem::current_path();
-    std::filesystem::path root = std::filesystem::absolute(line.root);
-    instance->OnStartPage(std::make_shared<SiteContext>(root.string(), workingFolder.string()));
+    std::error_code gone;  // a working folder that was removed: no path needs it yet
+    std::string workingFolder = std::filesystem::current_path(gone).string();
+    bool followLinksOut = line.followLinksOut || instance->followsLinksOut();
+    instance->OnStartPage(std::make_shared<SiteContext>(line.root, workingFolder, followLinksOut));
   }
   if (line.lineEnds)
     instance->setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
@@ -291,6 +294,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   std::optional<std::string> newContent = readNewContent(line, in, err);
   if (!newContent) return 2;
   std::string errorResult;
+  std::unique_ptr<FileLock> lock = instance->lockForRewrite(line.target);
   int count = instance->writeXPointer(
       *newContent, line.target, orDefault(line.elementName, "#element"),
       orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),

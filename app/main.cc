@@ -1,3 +1,4 @@
+#include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -6,6 +7,13 @@
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  std::vector<std::string> arguments(argv + 1, argv + argc);
-  return tagwright::runHost(arguments, std::cin, std::cout, std::cerr);
+  try {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    return tagwright::runHost(arguments, std::cin, std::cout, std::cerr);
+  } catch (const std::exception& error) {
+    std::cerr << "tagwright: " << error.what() << "\n";
+  } catch (...) {
+    std::cerr << "tagwright: unexpected failure\n";
+  }
+  return 1;
 }

@@ -123,9 +123,8 @@ int tagwright_set_site_root(tagwright_instance* handle, const char* root) {
   return guarded([&] {
     std::error_code ignored;
     std::filesystem::path workingFolder = std::filesystem::current_path(ignored);
-    std::filesystem::path absoluteRoot = std::filesystem::absolute(root, ignored);
-    handle->instance->OnStartPage(
-        std::make_shared<tagwright::SiteContext>(absoluteRoot.string(), workingFolder.string()));
+    handle->instance->OnStartPage(std::make_shared<tagwright::SiteContext>(
+        root, workingFolder.string(), handle->instance->followsLinksOut()));
     return TAGWRIGHT_OK;
   });
 }
@@ -185,6 +184,8 @@ int tagwright_write(tagwright_instance* handle, const char* new_content, size_t 
     std::string former;
     std::string content =
         new_content != nullptr ? std::string(new_content, new_content_length) : std::string();
+    // Rewrites of one document by other processes take turns with this one.
+    std::unique_ptr<tagwright::FileLock> lock = handle->instance->lockForRewrite(document_name);
     int count = handle->instance->writeXPointer(
         content, document_name, textOr(element_name, "#element"), textOr(attribute_name, "*"),
         textOr(attribute_value, "*"), static_cast<std::int16_t>(start_instance),

@@ -15,19 +15,33 @@ namespace tagwright {
 // (links are not followed), repeated "/" count as one, and a trailing "/"
 // comes back as a trailing "\". A ".." that climbs above the root at any
 // point, and a result outside the root, throw: such a path is never served.
+// The root is a confinement also for links: a path whose target, links
+// followed, lies outside the root (links in it followed too) is refused the
+// same way, unless the site is built with such links (`followLinksOut`).
 //   SiteContext("/srv/site", "/").Server().MapPath("/a/../b.htm") == "\\srv\\site\\b.htm"
 class TAGWRIGHT_EXPORT SiteContext : public ScriptingContext, private PageServer {
  public:
-  // `root` and `workingFolder` are absolute host paths.
-  SiteContext(const std::string& root, const std::string& workingFolder);
+  // `root` is a host path, taken from `workingFolder` unless absolute.
+  // `workingFolder` is the process's absolute working folder as the system
+  // gives it (links resolved), or empty when it is gone: paths that need it
+  // then throw "Path not found".
+  SiteContext(const std::string& root, const std::string& workingFolder,
+              bool followLinksOut = false);
 
   PageServer& Server() override { return *this; }
 
  private:
   std::string MapPath(const std::string& path) override;
+  // The working folder below the root as given, whether it is reached by
+  // the root's own names or by the folders its links lead to.
+  std::vector<std::string> workingFolderInRoot() const;
 
   std::vector<std::string> root_;
+  std::vector<std::string> resolvedRoot_;
   std::vector<std::string> workingFolder_;
+  bool rootKnown_;
+  bool workingFolderKnown_;
+  bool followLinksOut_;
 };
 
 }  // namespace tagwright

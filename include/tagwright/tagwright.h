@@ -36,6 +36,12 @@ namespace tagwright {
 
 class Platform;
 
+// An advisory lock that is held until the handle is destroyed.
+class FileLock {
+ public:
+  virtual ~FileLock() = default;
+};
+
 // The host's server object: maps a virtual path of the site to a physical
 // path ("\srv\site\a.htm"), or throws when it cannot.
 class TAGWRIGHT_EXPORT PageServer {
@@ -83,6 +89,21 @@ class TAGWRIGHT_EXPORT Tagwright {
   // explain a failure without repeating the component's path rules.
   //   tw.hostPathOf("/news.htm") == "/srv/site/news.htm"  (root /srv/site)
   std::string hostPathOf(const std::string& DocumentName) const;
+
+  // For hosts: the lock that serialises rewrites of one document across
+  // processes. The operations take none; a host holds this one around each
+  // writeXPointer call, so that two rewrites of one document never overlap
+  // and each one's backup is the document that it replaced. Waits for the
+  // lock; returns null, having waited for nothing, when the name does not map
+  // to a plain file (the operation then reports its own failure). No lock
+  // file is made. Never throws.
+  //   std::unique_ptr<FileLock> lock = tw.lockForRewrite("/news.htm");
+  //   tw.writeXPointer("New", "/news.htm", "p");
+  std::unique_ptr<FileLock> lockForRewrite(const std::string& DocumentName);
+
+  // Whether the settings let virtual paths follow links out of the site root
+  // (FollowLinksOut=1), for the host that makes the page context.
+  bool followsLinksOut() const { return followLinksOut; }
 
   // Returns the parts of a document that a query locates, each followed by
   // the separator, less the last character; `*MatchesFound` gets the count.
@@ -142,6 +163,7 @@ class TAGWRIGHT_EXPORT Tagwright {
   bool allowPhysicalDocWrite = true;
   bool allowPhysicalFileList = true;
   LineEnds lineEndMode = LineEnds::kCrLf;
+  bool followLinksOut = false;
   std::shared_ptr<ScriptingContext> ScriptingContext_;
 };
 

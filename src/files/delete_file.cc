@@ -11,4 +11,13 @@ bool deleteFile(Platform& platform, TextView fileNamePattern) {
   }
 }
 
+bool deleteNamedFile(Platform& platform, TextView fileName) {
+  try {
+    platform.deleteNamedFile(fileName);
+    return true;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
 }  // namespace tagwright

@@ -14,6 +14,13 @@ namespace tagwright {
 //   deleteFile(platform, U"C:\\web\\~1117*.tmp")
 bool deleteFile(Platform& platform, TextView fileNamePattern);
 
+// Deletes the plain file of exactly the name `fileName`, whose "*" and "?"
+// are characters of the name: a document's own name must not reach beyond
+// itself. Returns true when no plain file of that name is left, false when
+// it could not be deleted. Never throws a Failure.
+//   deleteNamedFile(platform, U"C:\\web\\a*.bak")  // never touches abc.bak
+bool deleteNamedFile(Platform& platform, TextView fileName);
+
 }  // namespace tagwright
 
 #endif  // TAGWRIGHT_FILES_DELETE_FILE_H_

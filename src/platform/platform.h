@@ -9,6 +9,7 @@
 
 #include "platform/int16.h"
 #include "platform/text.h"
+#include "tagwright/tagwright.h"
 
 namespace tagwright {
 
@@ -41,6 +42,8 @@ class Platform {
 
   // Sequential text files by number. Numbers belong to the calling thread.
   virtual Int16 nextFreeFileNumber() = 0;
+  // Fails for anything but a plain file (links followed): a device or a FIFO
+  // could block, never end, or be replaced by a rewrite.
   virtual void openForInput(Int16 fileNumber, TextView path) = 0;
   // Creates the file, or empties it if it exists.
   virtual void openForOutput(Int16 fileNumber, TextView path) = 0;
@@ -75,6 +78,10 @@ class Platform {
   virtual bool firstMatchingFile(TextView pattern) = 0;
   // Deletes every file that matches; fails at the first one that cannot go.
   virtual void deleteMatchingFiles(TextView pattern) = 0;
+  // Deletes the plain file of exactly this name: "*" and "?" are characters
+  // of the name here. A name that is missing or no plain file is left alone;
+  // fails when the file cannot go.
+  virtual void deleteNamedFile(TextView path) = 0;
   // Fails if `from` is missing or `to` exists.
   virtual void renameFile(TextView from, TextView to) = 0;
   // Renames `from` to `to`, replacing a file `to` in one step.
@@ -94,6 +101,14 @@ class Platform {
   // `pattern`, in ascending order of their bytes. A folder that does not
   // exist lists nothing; one that cannot be read throws.
   virtual std::vector<Text> listMatchingFiles(TextView pattern) = 0;
+  // Waits for the exclusive advisory lock of the plain file that `path`
+  // names (links followed), which every process that asks for it shares, and
+  // holds it until the handle is destroyed. When a rewrite puts a new file
+  // under the name while this waits, the lock is taken on the new file: it
+  // always belongs to what the name holds. Returns null, having waited for
+  // nothing, when `path` names no plain file or its file system cannot lock;
+  // never throws.
+  virtual std::unique_ptr<FileLock> lockFile(TextView path) = 0;
 
   // A hint that the `size` bytes at `data`, fresh memory, are about to be
   // filled from start to end, so that the system may back them with large

@@ -2,6 +2,7 @@
 #include <aio.h>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -209,6 +210,39 @@ std::vector<std::string> matchingHostPaths(TextView pattern, bool missingFolderI
   return names;
 }
 
+// Opens a plain file for reading without waiting on a FIFO or taking a
+// terminal; the name is tested before, so that no device is even opened, and
+// what was opened after, since the name may have changed in between.
+int openPlainFile(const std::string& path) {
+  struct stat st;
+  if (::stat(path.c_str(), &st) != 0) failWithErrno();
+  if (!S_ISREG(st.st_mode)) throw Failure(Failure::Kind::kFileAccess);
+  int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (fd < 0) failWithErrno();
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) ||
+      ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
+    ::close(fd);
+    throw Failure(Failure::Kind::kFileAccess);
+  }
+  return fd;
+}
+
+class DescriptorLock : public FileLock {
+ public:
+  explicit DescriptorLock(int fd) : fd_(fd) {}
+  ~DescriptorLock() override { ::close(fd_); }
+  DescriptorLock(const DescriptorLock&) = delete;
+  DescriptorLock& operator=(const DescriptorLock&) = delete;
+  int fd() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+bool sameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 class MinstdRandom : public RandomGenerator {
  public:
   explicit MinstdRandom(std::uint64_t seed) : engine_(static_cast<std::uint32_t>(seed)) {}
@@ -231,13 +265,11 @@ class PosixPlatform : public Platform {
   }
 
   void openForInput(Int16 fileNumber, TextView path) override {
-    std::string host = hostPath(path);
-    int fd = ::open(host.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) failWithErrno();
+    int fd = openPlainFile(hostPath(path));
     struct stat st;
-    if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
+    if (::fstat(fd, &st) != 0) {
       ::close(fd);
-      throw Failure(Failure::Kind::kFileAccess);
+      failWithErrno();
     }
     openUnder(fileNumber, fd, false, static_cast<std::uint64_t>(st.st_size));
   }
@@ -305,6 +337,11 @@ class PosixPlatform : public Platform {
     }
   }
 
+  void deleteNamedFile(TextView path) override {
+    std::string host = hostPath(path);
+    if (isPlainFile(host) && ::unlink(host.c_str()) != 0 && errno != ENOENT) failWithErrno();
+  }
+
   void renameFile(TextView from, TextView to) override {
     std::string source = hostPath(from), target = hostPath(to);
     if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
@@ -362,6 +399,27 @@ class PosixPlatform : public Platform {
       names.push_back(fromUtf8(splitHostPath(path).second));
     }
     return names;
+  }
+
+  // The lock of the document's own file leaves no lock file behind. A
+  // rewrite puts a new file under the name, so a waiter that gets the lock
+  // of the file it replaced tries again on the new one.
+  std::unique_ptr<FileLock> lockFile(TextView path) override {
+    const std::string host = hostPath(path);
+    for (;;) {
+      std::unique_ptr<DescriptorLock> lock;
+      try {
+        lock = std::make_unique<DescriptorLock>(openPlainFile(host));
+      } catch (const Failure&) {
+        return nullptr;
+      }
+      int result;
+      while ((result = ::flock(lock->fd(), LOCK_EX)) != 0 && errno == EINTR) {
+      }
+      struct stat held, named;
+      if (result != 0 || ::fstat(lock->fd(), &held) != 0) return nullptr;
+      if (::stat(host.c_str(), &named) == 0 && sameFile(held, named)) return lock;
+    }
   }
 
   void adviseLargeBuffer(void* data, std::size_t size) override {

@@ -60,7 +60,7 @@ void RewriteTransaction::commit() {
   backupName_ = folderPart_ + baseName_ + U".bak";
   // The backup of "old.bak" would be the document itself; "old.bak.bak" keeps it.
   if (backupName_ == target_) backupName_ += U".bak";
-  if (!deleteFile(platform_, backupName_)) throw Failure::numbered(60010);
+  if (!deleteNamedFile(platform_, backupName_)) throw Failure::numbered(60010);
 
   if (linkBackup()) {
     try {
@@ -99,6 +99,8 @@ void RewriteTransaction::removeStaleFiles() noexcept {
     // A document that is itself named like a stale file would go with them.
     Text documentFile = target_.substr(target_.rfind(U'\\') + 1);
     if (matchesWildcard(toUtf8(stalePattern), toUtf8(documentFile))) return;
+    // Only this pattern's own "*" is a wildcard: the folder is taken as
+    // named, whatever characters it holds.
     deleteFile(platform_, folderPart_ + stalePattern);
   } catch (...) {
   }
@@ -107,7 +109,7 @@ void RewriteTransaction::removeStaleFiles() noexcept {
 void RewriteTransaction::abandon() noexcept {
   if (!ownsTempFile_) return;
   try {
-    deleteFile(platform_, tempName_);
+    deleteNamedFile(platform_, tempName_);
   } catch (...) {
   }
 }

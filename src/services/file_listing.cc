@@ -23,6 +23,10 @@ std::string messageFor(int number) {
   }
 }
 
+bool namesFolder(TextView pattern) {
+  return pattern.find_first_of(U"/\\") != TextView::npos || pattern.find(U"..") != TextView::npos;
+}
+
 }  // namespace
 
 std::string Tagwright::fileListing(const std::string& FileListRoot,
@@ -54,6 +58,9 @@ std::string Tagwright::fileListing(const std::string& FileListRoot,
     }
     if (folder.empty()) throw Failure::numbered(60001);
     if (folder.back() != U'\\') folder.push_back(U'\\');
+    // A pattern with a folder of its own names a path by itself, which an
+    // administrator who refuses physical paths has refused too.
+    if (!allowPhysicalFileList && namesFolder(fileSpecification)) throw Failure::numbered(60003);
 
     for (const Text& name : platform_.listMatchingFiles(folder + fileSpecification)) {
       // Whatever the pattern says, a name that begins with "." stays hidden.

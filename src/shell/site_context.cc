@@ -1,6 +1,7 @@
 #include "tagwright/site_context.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 #include "platform/failure.h"
@@ -36,23 +37,52 @@ std::vector<std::string> normalized(const std::string& path) {
   return out;
 }
 
+std::string joined(const std::vector<std::string>& segments) {
+  std::string path;
+  for (const std::string& segment : segments) path += "/" + segment;
+  return path.empty() ? "/" : path;
+}
+
+// The path with every link that exists in it followed; the part that does
+// not exist yet is taken by its names.
+std::vector<std::string> resolved(const std::string& path) {
+  std::error_code failed;
+  std::filesystem::path real = std::filesystem::weakly_canonical(path, failed);
+  return normalized(failed ? path : real.string());
+}
+
 bool startsWith(const std::vector<std::string>& path, const std::vector<std::string>& prefix) {
   return path.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), path.begin());
 }
 
 }  // namespace
 
-SiteContext::SiteContext(const std::string& root, const std::string& workingFolder)
-    : root_(normalized(root)), workingFolder_(normalized(workingFolder)) {}
+SiteContext::SiteContext(const std::string& root, const std::string& workingFolder,
+                         bool followLinksOut)
+    : workingFolder_(normalized(workingFolder)),
+      rootKnown_(root.starts_with("/") || !workingFolder.empty()),
+      workingFolderKnown_(!workingFolder.empty()),
+      followLinksOut_(followLinksOut) {
+  root_ = normalized(root.starts_with("/") ? root : workingFolder + "/" + root);
+  resolvedRoot_ = resolved(joined(root_));
+}
+
+std::vector<std::string> SiteContext::workingFolderInRoot() const {
+  if (startsWith(workingFolder_, root_)) return workingFolder_;
+  if (!startsWith(workingFolder_, resolvedRoot_)) refuse();
+  std::vector<std::string> inRoot = root_;
+  inRoot.insert(inRoot.end(),
+                workingFolder_.begin() + static_cast<std::ptrdiff_t>(resolvedRoot_.size()),
+                workingFolder_.end());
+  return inRoot;
+}
 
 std::string SiteContext::MapPath(const std::string& path) {
-  std::vector<std::string> result;
-  if (!path.empty() && path[0] == '/') {
-    result = root_;
-  } else {
-    if (!startsWith(workingFolder_, root_)) refuse();
-    result = workingFolder_;
+  bool fromRoot = !path.empty() && path[0] == '/';
+  if (!rootKnown_ || (!fromRoot && !workingFolderKnown_)) {
+    throw Failure(Failure::Kind::kPathNotFound);
   }
+  std::vector<std::string> result = fromRoot ? root_ : workingFolderInRoot();
   for (const std::string& segment : splitSegments(path)) {
     if (segment == ".") continue;
     if (segment == "..") {
@@ -62,9 +92,9 @@ std::string SiteContext::MapPath(const std::string& path) {
     }
     result.push_back(segment);
   }
-  std::string host;
-  for (const std::string& segment : result) host += "/" + segment;
-  if (host.empty() || (!path.empty() && path.back() == '/')) host += "/";
+  if (!followLinksOut_ && !startsWith(resolved(joined(result)), resolvedRoot_)) refuse();
+  std::string host = joined(result);
+  if (!result.empty() && !path.empty() && path.back() == '/') host += "/";
   return toUtf8(physicalPathOf(host));
 }
 

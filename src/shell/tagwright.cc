@@ -29,6 +29,7 @@ Tagwright::Tagwright(Platform& platform) : platform_(platform) {
   if (readSetting(platform_, U"AllowVirtualDocWriteOnly") == U"1") allowPhysicalDocWrite = false;
   if (readSetting(platform_, U"AllowVirtualFileListOnly") == U"1") allowPhysicalFileList = false;
   if (readSetting(platform_, U"LineEnds") == U"any") lineEndMode = LineEnds::kAny;
+  if (readSetting(platform_, U"FollowLinksOut") == U"1") followLinksOut = true;
 }
 
 void Tagwright::OnStartPage(std::shared_ptr<ScriptingContext> objScriptingContext) {

@@ -1,5 +1,6 @@
 // Rewrites on the real file system: permission bits, a document behind a
-// symbolic link, and a rewriting process killed at random moments.
+// symbolic link, a rewriting process killed at random moments, and
+// processes that rewrite one document at the same time.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -7,12 +8,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <random>
 #include <thread>
 
 #include "files/rename_file.h"
 #include "platform/platform.h"
+#include "support/program.h"
 #include "support/requests.h"
 #include "support/temp_folder.h"
 
@@ -131,6 +134,44 @@ TEST(RewritePosix, KilledMidRewrite) {
       EXPECT_EQ(backup, before);
     }
   }
+}
+
+// Writers that take turns hand the document on like a baton: each rewrite
+// prints the text it replaced, which is then its backup, so every text but
+// the last is printed exactly once. Two rewrites that overlap both print the
+// same former text, or one fails.
+TEST(RewritePosix, ConcurrentRewritesEachKeepTheirBackup) {
+  constexpr int kWriters = 2, kRounds = 40;
+  TempFolder folder;
+  folder.write("page.htm", "<%start%>");
+  std::vector<std::string> replaced[kWriters];
+  std::vector<std::thread> writers;
+  for (int w = 0; w < kWriters; ++w) {
+    writers.emplace_back([&, w] {
+      for (int round = 0; round < kRounds; ++round) {
+        std::string text = std::to_string(w) + "." + std::to_string(round);
+        HostRun run = runProgram({"write", folder.host("page.htm"), "--element-name", "#aspcode",
+                                  "--new-content", text});
+        replaced[w].push_back(run.status == 0 ? run.out : "failed: " + run.err);
+      }
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+
+  std::vector<std::string> printed, written{"start"};
+  for (int w = 0; w < kWriters; ++w) {
+    printed.insert(printed.end(), replaced[w].begin(), replaced[w].end());
+    for (int round = 0; round < kRounds; ++round) {
+      written.push_back(std::to_string(w) + "." + std::to_string(round));
+    }
+  }
+  std::optional<std::string> last = folder.read("page.htm");
+  ASSERT_TRUE(last && last->size() > 6);
+  printed.push_back(last->substr(2, last->size() - 6));  // "<%" text "%>\r\n"
+  std::sort(printed.begin(), printed.end());
+  std::sort(written.begin(), written.end());
+  EXPECT_EQ(printed, written);
+  EXPECT_EQ(folder.names(), (std::set<std::string>{"page.htm", "page.bak"}));
 }
 
 }  // namespace

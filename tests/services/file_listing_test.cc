@@ -34,6 +34,8 @@ Map mapsTo(std::string folder) {
 
 TEST(FileListing, Table) {
   const std::string virtualOnly = "ERROR: Virtual file paths can only be used when running in ASP.";
+  const std::string denied =
+      "ERROR: The use of physical file paths is denied by the administrator.";
   const Map refuses = [](const std::string&) -> std::string {
     throw Failure(Failure::Kind::kOutsideSiteRoot);
   };
@@ -63,12 +65,22 @@ TEST(FileListing, Table) {
       {"HostRefusesPath", Listing{"/../etc", "*.txt", ",", refuses},
        "ERROR: Path is outside the site root.", -1},
       {"UnreadableFolder", Listing{"C:\\data"}, "ERROR: Permission denied.", -1, "", true},
-      {"PhysicalRefused", Listing{"C:\\data"},
-       "ERROR: The use of physical file paths is denied by the administrator.", -1,
-       "AllowVirtualFileListOnly=1"},
+      {"PhysicalRefused", Listing{"C:\\data"}, denied, -1, "AllowVirtualFileListOnly=1"},
       // The refusal looks at FileListRoot, not at the folder it maps to.
       {"VirtualServedWhenPhysicalRefused", Listing{"/x", "*.txt", ",", mapsTo("C:\\data")},
        "a.txt,b.txt", 2, "AllowVirtualFileListOnly=1"},
+      // A pattern that names a folder by itself is a physical path too; the
+      // failures of the folder come first.
+      {"FolderInPattern", Listing{"C:\\data", "sub/*.txt"}, "d.txt", 1},
+      {"FolderInPatternRefused", Listing{"/x", "sub/*.txt", ",", mapsTo("C:\\data")}, denied, -1,
+       "AllowVirtualFileListOnly=1"},
+      {"BackslashInPatternRefused", Listing{"/x", "sub\\*.txt", ",", mapsTo("C:\\data")}, denied,
+       -1, "AllowVirtualFileListOnly=1"},
+      {"ClimbInPatternRefused", Listing{"/x", "..*", ",", mapsTo("C:\\data")}, denied, -1,
+       "AllowVirtualFileListOnly=1"},
+      {"MappedToNothingBeforePattern", Listing{"/x", "../*", ",", mapsTo("")},
+       "ERROR: The virtual path provided does not map to a physical path on the server.", -1,
+       "AllowVirtualFileListOnly=1"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

@@ -28,6 +28,7 @@ class FakePlatform : public Platform {
   double random = 0.4375;
   bool hardLinks = true;
   std::vector<std::string> calls;
+  std::vector<std::string> locked;  // the host paths that lockFile was asked for
 
   // Power cut: when call number `crashAtCall` begins, `crashImage` becomes
   // the files as a power cut would leave them: a file written or made since
@@ -111,6 +112,11 @@ class FakePlatform : public Platform {
       unsynced_.erase(path);
     }
   }
+  void deleteNamedFile(TextView path) override {
+    enter("deleteFile");
+    unsynced_.erase(hostPath(path));
+    files.erase(hostPath(path));
+  }
   void renameFile(TextView from, TextView to) override { move(from, to, "renameFile", true); }
   void replaceFile(TextView from, TextView to) override { move(from, to, "replaceFile", false); }
   bool linkFile(TextView from, TextView to) override {
@@ -131,6 +137,10 @@ class FakePlatform : public Platform {
     std::vector<Text> names;
     for (const std::string& path : matching(pattern)) names.push_back(fromUtf8(nameOf(path)));
     return names;
+  }
+  std::unique_ptr<FileLock> lockFile(TextView path) override {
+    locked.push_back(hostPath(path));
+    return nullptr;
   }
   void adviseLargeBuffer(void*, std::size_t) override {}
   LocalTime localTime(int daysAgo) override {

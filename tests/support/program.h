@@ -1,0 +1,78 @@
+#ifndef TAGWRIGHT_TESTS_SUPPORT_PROGRAM_H_
+#define TAGWRIGHT_TESTS_SUPPORT_PROGRAM_H_
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "support/requests.h"
+
+namespace tagwright {
+
+// How the program is started: in which working folder, removed once the
+// program stands in it when `removeWorkingFolder`, with extra environment
+// entries ("NAME=value").
+struct ProgramStart {
+  std::string workingFolder = "";
+  bool removeWorkingFolder = false;
+  std::vector<std::string> environment = {};
+};
+
+// Runs the `tagwright` program itself. The status is its exit status, or
+// 128 and the signal that ended it; a run that hangs is ended after 20 s.
+inline HostRun runProgram(const std::vector<std::string>& arguments,
+                          const ProgramStart& start = {}) {
+  int out[2], err[2];
+  if (::pipe2(out, O_CLOEXEC) != 0 || ::pipe2(err, O_CLOEXEC) != 0) return {-1, "", "pipe"};
+  pid_t pid = ::fork();
+  if (pid == 0) {
+    ::dup2(out[1], 1);
+    ::dup2(err[1], 2);
+    if (!start.workingFolder.empty()) {
+      if (::chdir(start.workingFolder.c_str()) != 0) ::_exit(126);
+      if (start.removeWorkingFolder && ::rmdir(start.workingFolder.c_str()) != 0) ::_exit(126);
+    }
+    for (const std::string& entry : start.environment) ::putenv(const_cast<char*>(entry.c_str()));
+    std::vector<char*> argv{const_cast<char*>(TAGWRIGHT_BINARY)};
+    for (const std::string& argument : arguments)
+      argv.push_back(const_cast<char*>(argument.data()));
+    argv.push_back(nullptr);
+    ::alarm(20);
+    ::execv(TAGWRIGHT_BINARY, argv.data());
+    ::_exit(127);
+  }
+  ::close(out[1]);
+  ::close(err[1]);
+  HostRun run{-1, "", ""};
+  pollfd fds[] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
+  std::string* texts[] = {&run.out, &run.err};
+  for (int open = 2; open > 0;) {
+    if (::poll(fds, 2, -1) < 0) continue;
+    for (int i = 0; i < 2; ++i) {
+      if (fds[i].fd < 0 || fds[i].revents == 0) continue;
+      char block[4096];
+      ssize_t n = ::read(fds[i].fd, block, sizeof block);
+      if (n > 0) {
+        texts[i]->append(block, static_cast<std::size_t>(n));
+      } else {
+        ::close(fds[i].fd);
+        fds[i].fd = -1;
+        --open;
+      }
+    }
+  }
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return run;
+}
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_TESTS_SUPPORT_PROGRAM_H_
