@@ -6,11 +6,12 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 
+#include "json_answer.h"
 #include "platform/platform.h"
+#include "serve/serve_command.h"
 #include "site_context.h"
 #include "tagwright/tagwright.h"
 
@@ -85,28 +86,10 @@ std::string orDefault(const std::optional<std::string>& value, const char* fallb
   return value ? *value : fallback;
 }
 
-// JSON cannot carry raw bytes: each one becomes a U+FFFD of its own, so a
-// string holds as many characters as the component counted in it.
-void replaceRawBytesIn(nlohmann::ordered_json& value) {
-  if (value.is_string()) {
-    value = Tagwright::replaceRawBytes(value.get_ref<const std::string&>());
-  } else if (value.is_structured()) {
-    for (auto& element : value) replaceRawBytesIn(element);
-  }
-}
-
-std::string jsonText(nlohmann::ordered_json value) {
-  replaceRawBytesIn(value);
-  return value.dump();
-}
-
 int printTextResult(const std::string& result, int matches, bool json, std::ostream& out,
                     std::ostream& err) {
   if (json) {
-    nlohmann::ordered_json object;
-    object["result"] = result;
-    object["matchesFound"] = matches;
-    out << jsonText(object) << "\n";
+    out << textAnswerJson(result, matches) << "\n";
   } else {
     out << result;
     err << "matches: " << matches << "\n";
@@ -180,6 +163,9 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   addText(list, "--separator", line.separator, "text behind each name (default <BR> CR LF)");
   addCommon(list, line);
 
+  ServeOptions serveOptions;
+  CLI::App* serve = addServeCommand(app, serveOptions);
+
   try {
     // "--opt=" gives the option the empty text, as "--opt ''" does.
     std::vector<std::string> reversed;
@@ -209,6 +195,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     err << "Run 'tagwright " << (failed == &app ? "" : failed->get_name() + " ") << "--help'.\n";
     return 2;
   }
+  if (serve->parsed()) return runServe(serveOptions, err);
 
   std::unique_ptr<Tagwright> instance;
   try {
@@ -256,10 +243,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
       orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
       orDefault(line.separator, ""), &errorResult);
   if (line.json) {
-    nlohmann::ordered_json object;
-    object["result"] = count;
-    object["errorResult"] = errorResult;
-    out << jsonText(object) << "\n";
+    out << writeAnswerJson(count, errorResult) << "\n";
   } else {
     out << errorResult;
     err << "matches: " << count << "\n";
