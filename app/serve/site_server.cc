@@ -168,13 +168,6 @@ void SiteServer::route() {
     };
   };
   const std::string api = kApi;
-  http.Get(api + "read", timed(&SiteServer::readOperation));
-  http.Get(api + "meta", timed(&SiteServer::metaOperation));
-  http.Get(api + "list", timed(&SiteServer::listOperation));
-  http.Post(api + "write", timed(&SiteServer::writeOperation));
-  http.Get("/_tagwright/.*", timed(&SiteServer::editorFile));
-  http.Get(".*", timed(&SiteServer::siteFile));
-
   auto notAllowed = [api](const httplib::Request& request, httplib::Response& response) {
     if (request.path == api + "write") {
       refuseMethod(response, "POST");
@@ -182,7 +175,14 @@ void SiteServer::route() {
       refuseMethod(response, "GET, HEAD");
     }
   };
+  http.Get(api + "read", timed(&SiteServer::readOperation));
+  http.Get(api + "meta", timed(&SiteServer::metaOperation));
+  http.Get(api + "list", timed(&SiteServer::listOperation));
+  http.Post(api + "write", timed(&SiteServer::writeOperation));
   http.Get(api + "write", notAllowed);
+  http.Get("/_tagwright/.*", timed(&SiteServer::editorFile));
+  http.Get(".*", timed(&SiteServer::siteFile));
+
   http.Post(".*", notAllowed);
   http.Put(".*", notAllowed);
   http.Patch(".*", notAllowed);
