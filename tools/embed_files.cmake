@@ -1,6 +1,8 @@
 # Writes OUTPUT: a C++ table kEmbeddedFiles of {name, bytes, size} for each
-# file of FILES (a ;-list), so that a program carries them in its binary.
-#   cmake -DOUTPUT=out.inc -DFILES="a.html;b.js" -P embed_files.cmake
+# file of FILES (names parted by "|"), so that a program carries them in its
+# binary.
+#   cmake -DOUTPUT=out.inc -DFILES="a.html|b.js" -P embed_files.cmake
+string(REPLACE "|" ";" FILES "${FILES}")
 set(body "")
 set(table "")
 set(index 0)
