@@ -5,12 +5,13 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 
+#include "json_answer.h"
 #include "plain_file.h"
 #include "platform/platform.h"
+#include "serve/serve_command.h"
 #include "tagwright/site_context.h"
 #include "tagwright/tagwright.h"
 #include "tagwright/version.h"
@@ -124,28 +125,10 @@ std::string orDefault(const std::optional<std::string>& value, const char* fallb
   return value ? *value : fallback;
 }
 
-// JSON cannot carry raw bytes: each one becomes a U+FFFD of its own, so a
-// string holds as many characters as the component counted in it.
-void replaceRawBytesIn(nlohmann::ordered_json& value) {
-  if (value.is_string()) {
-    value = Tagwright::replaceRawBytes(value.get_ref<const std::string&>());
-  } else if (value.is_structured()) {
-    for (auto& element : value) replaceRawBytesIn(element);
-  }
-}
-
-std::string jsonText(nlohmann::ordered_json value) {
-  replaceRawBytesIn(value);
-  return value.dump();
-}
-
 int printTextResult(const std::string& result, int matches, bool json, std::ostream& out,
                     std::ostream& err) {
   if (json) {
-    nlohmann::ordered_json object;
-    object["result"] = result;
-    object["matchesFound"] = matches;
-    out << jsonText(object) << "\n";
+    out << textAnswerJson(result, matches) << "\n";
   } else {
     out << result;
     err << "matches: " << matches << "\n";
@@ -216,6 +199,9 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   addText(list, "--separator", line.separator, "text behind each name (default <BR> CR LF)");
   addCommon(list, line);
 
+  ServeOptions serveOptions;
+  CLI::App* serve = addServeCommand(app, serveOptions);
+
   try {
     // "--opt=" gives the option the empty text, as "--opt ''" does.
     std::vector<std::string> reversed;
@@ -249,6 +235,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     err << "Run 'tagwright " << (failed == &app ? "" : failed->get_name() + " ") << "--help'.\n";
     return 2;
   }
+  if (serve->parsed()) return runServe(serveOptions, err);
 
   std::unique_ptr<Tagwright> instance;
   try {
@@ -303,10 +290,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
       orDefault(line.separator, ""), &errorResult);
   hintAtLineEnds(errorResult, *instance, line.target, err);
   if (line.json) {
-    nlohmann::ordered_json object;
-    object["result"] = count;
-    object["errorResult"] = errorResult;
-    out << jsonText(object) << "\n";
+    out << writeAnswerJson(count, errorResult) << "\n";
   } else {
     out << errorResult;
     err << "matches: " << count << "\n";

@@ -1,0 +1,90 @@
+#include "serve/confinement.h"
+
+#include <limits.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <exception>
+
+#include "tagwright/site_context.h"
+
+namespace tagwright {
+namespace {
+
+Confinement::Verdict refused(int status, std::string message) {
+  return {status, std::move(message), ""};
+}
+
+bool hasDotDotSegment(const std::string& path) {
+  std::size_t start = 0;
+  while (start <= path.size()) {
+    std::size_t end = path.find('/', start);
+    if (end == std::string::npos) end = path.size();
+    if (path.compare(start, end - start, "..") == 0) return true;
+    start = end + 1;
+  }
+  return false;
+}
+
+std::string realPath(const std::string& path) {
+  char resolved[PATH_MAX];
+  return ::realpath(path.c_str(), resolved) != nullptr ? resolved : "";
+}
+
+}  // namespace
+
+Confinement::Confinement(std::string resolvedRoot)
+    : root_(std::move(resolvedRoot)), context_(std::make_shared<SiteContext>(root_, root_)) {}
+
+Confinement::Verdict Confinement::name(const std::string& virtualName) const {
+  if (virtualName.empty()) return refused(400, "a name is required");
+  if (virtualName.find('\0') != std::string::npos) return refused(400, "a name holds a NUL byte");
+  if (virtualName.find_first_of("\\:") != std::string::npos) {
+    return refused(400, "physical paths (a name holding \"\\\" or \":\") are refused");
+  }
+  std::string mapped;
+  try {
+    mapped = context_->Server().MapPath(virtualName);
+  } catch (const std::exception&) {
+    return refused(403, "the name lies outside the site root");
+  }
+  // The context gives the physical form of an absolute host path.
+  std::replace(mapped.begin(), mapped.end(), '\\', '/');
+  return resolve(mapped);
+}
+
+Confinement::Verdict Confinement::pattern(const std::string& filePattern) {
+  if (filePattern.find_first_of(std::string("/\\\0", 3)) != std::string::npos ||
+      filePattern.find("..") != std::string::npos) {
+    return refused(400, "a pattern may not hold \"/\", \"\\\", \"..\" or a NUL byte");
+  }
+  return {};
+}
+
+Confinement::Verdict Confinement::urlPath(const std::string& path) const {
+  if (path.empty() || path[0] != '/') return refused(400, "a path must begin with \"/\"");
+  if (hasDotDotSegment(path)) return refused(400, "a path may not hold \"..\"");
+  return name(path);
+}
+
+Confinement::Verdict Confinement::resolve(const std::string& hostPathName) const {
+  // Climb to the nearest part that exists: its real path decides, since the
+  // rest cannot name a link.
+  std::string existing = hostPathName;
+  std::string rest;
+  std::string resolved = realPath(existing);
+  while (resolved.empty()) {
+    std::size_t slash = existing.find_last_of('/');
+    if (slash == std::string::npos || slash == 0)
+      return refused(403, "the name cannot be resolved");
+    rest = existing.substr(slash) + rest;
+    existing.resize(slash);
+    resolved = realPath(existing);
+  }
+  bool inside = resolved == root_ || root_ == "/" ||
+                (resolved.starts_with(root_) && resolved[root_.size()] == '/');
+  if (!inside) return refused(403, "the name lies outside the site root");
+  return {0, "", resolved + rest};
+}
+
+}  // namespace tagwright

@@ -1,0 +1,32 @@
+#ifndef TAGWRIGHT_APP_SERVE_SERVE_COMMAND_H_
+#define TAGWRIGHT_APP_SERVE_SERVE_COMMAND_H_
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+namespace tagwright {
+
+// What `tagwright serve` is started with.
+struct ServeOptions {
+  std::string root;
+  std::string listen = "127.0.0.1:8080";
+  std::string tokenFile;
+  bool publicRead = false;
+  int threads = 16;
+  std::size_t maxBodyBytes = 1 << 20;
+  int timeoutSeconds = 5;
+};
+
+// Adds the `serve` subcommand with its options to `app`.
+CLI::App* addServeCommand(CLI::App& app, ServeOptions& options);
+
+// Serves the site until the process ends. Returns 2 when it cannot start
+// (a root that is no folder, an empty or unreadable token file, an address
+// in use), after saying why on `err`; the access log goes to `err` too.
+int runServe(const ServeOptions& options, std::ostream& err);
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_APP_SERVE_SERVE_COMMAND_H_

@@ -1,0 +1,384 @@
+#include "serve/site_server.h"
+
+#include <httplib.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <ctime>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "json_answer.h"
+#include "serve/api_parameters.h"
+#include "serve/content_types.h"
+
+namespace tagwright {
+namespace {
+
+#include "editor_files.inc"
+
+constexpr const char* kApi = "/_tagwright/api/";
+constexpr const char* kTimingHeader = "Server-Timing";
+
+using Clock = std::chrono::steady_clock;
+
+void answerJson(httplib::Response& response, const std::string& json) {
+  response.set_content(json + "\n", "application/json");
+}
+
+void refuse(httplib::Response& response, int status, const std::string& message) {
+  response.status = status;
+  nlohmann::ordered_json object;
+  object["error"] = message;
+  answerJson(response, object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+void refuseMethod(httplib::Response& response, const char* allowed) {
+  response.set_header("Allow", allowed);
+  refuse(response, 405, std::string("method not allowed here; allowed: ") + allowed);
+}
+
+std::string reasonOf(int status) {
+  switch (status) {
+    case 400:
+      return "bad request";
+    case 404:
+      return "not found";
+    case 413:
+      return "the request body is too large";
+    case 414:
+      return "the request line is too long";
+    case 431:
+      return "the request headers are too large";
+    default:
+      return "request refused (" + std::to_string(status) + ")";
+  }
+}
+
+// The same time for every token of the same length as the expected one, so
+// that the answer gives away no prefix of it.
+bool sameToken(std::string_view given, std::string_view expected) {
+  unsigned char difference = given.size() == expected.size() ? 0 : 1;
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    unsigned char other = i < given.size() ? static_cast<unsigned char>(given[i]) : 0;
+    difference |= static_cast<unsigned char>(other ^ static_cast<unsigned char>(expected[i]));
+  }
+  return difference == 0;
+}
+
+// A path as the log shows it: bytes outside printable ASCII as %XX, so a
+// request cannot forge or break log lines.
+std::string loggedPath(const std::string& path) {
+  std::string out;
+  for (char raw : path) {
+    auto c = static_cast<unsigned char>(raw);
+    if (c < 0x21 || c > 0x7e || c == '%') {
+      static constexpr char kHex[] = "0123456789ABCDEF";
+      out += '%';
+      out += kHex[c >> 4];
+      out += kHex[c & 15];
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  return out;
+}
+
+std::optional<std::string> fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return std::nullopt;
+  try {
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
+SiteServer::SiteServer(const ServeOptions& options, std::string resolvedRoot, std::string token,
+                       std::ostream& log)
+    : options_(options),
+      confinement_(std::move(resolvedRoot)),
+      token_(std::move(token)),
+      log_(log),
+      http_(std::make_unique<httplib::Server>()) {
+  route();
+}
+
+SiteServer::~SiteServer() = default;
+
+std::string SiteServer::start() {
+  try {
+    giveBack(borrowInstance());
+  } catch (const std::exception& error) {
+    return std::string("cannot start: ") + error.what();
+  }
+  return "";
+}
+
+int SiteServer::bind(const std::string& address, int port) {
+  if (port == 0) return http_->bind_to_any_port(address);
+  return http_->bind_to_port(address, port) ? port : -1;
+}
+
+bool SiteServer::run() { return http_->listen_after_bind(); }
+
+void SiteServer::stop() { http_->stop(); }
+
+std::unique_ptr<Tagwright> SiteServer::borrowInstance() {
+  {
+    std::lock_guard<std::mutex> guard(poolMutex_);
+    if (!idle_.empty()) {
+      std::unique_ptr<Tagwright> instance = std::move(idle_.back());
+      idle_.pop_back();
+      return instance;
+    }
+  }
+  auto instance = std::make_unique<Tagwright>();
+  instance->OnStartPage(confinement_.context());
+  return instance;
+}
+
+void SiteServer::giveBack(std::unique_ptr<Tagwright> instance) {
+  std::lock_guard<std::mutex> guard(poolMutex_);
+  idle_.push_back(std::move(instance));
+}
+
+void SiteServer::route() {
+  httplib::Server& http = *http_;
+  http.new_task_queue = [threads = options_.threads] {
+    return new httplib::ThreadPool(static_cast<std::size_t>(threads));
+  };
+  http.set_payload_max_length(options_.maxBodyBytes);
+  http.set_read_timeout(options_.timeoutSeconds);
+  http.set_write_timeout(options_.timeoutSeconds);
+  http.set_keep_alive_timeout(options_.timeoutSeconds);
+  http.set_keep_alive_max_count(1000);
+  http.set_tcp_nodelay(true);
+
+  auto timed = [this](Handler handler) {
+    return [this, handler](const httplib::Request& request, httplib::Response& response) {
+      Clock::time_point begin = Clock::now();
+      (this->*handler)(request, response);
+      std::chrono::duration<double, std::milli> spent = Clock::now() - begin;
+      response.set_header(kTimingHeader, "app;dur=" + std::to_string(spent.count()));
+    };
+  };
+  const std::string api = kApi;
+  auto notAllowed = [api](const httplib::Request& request, httplib::Response& response) {
+    if (request.path == api + "write") {
+      refuseMethod(response, "POST");
+    } else {
+      refuseMethod(response, "GET, HEAD");
+    }
+  };
+  http.Get(api + "read", timed(&SiteServer::readOperation));
+  http.Get(api + "meta", timed(&SiteServer::metaOperation));
+  http.Get(api + "list", timed(&SiteServer::listOperation));
+  http.Post(api + "write", timed(&SiteServer::writeOperation));
+  http.Get(api + "write", notAllowed);
+  http.Get("/_tagwright/.*", timed(&SiteServer::editorFile));
+  http.Get(".*", timed(&SiteServer::siteFile));
+
+  http.Post(".*", notAllowed);
+  http.Put(".*", notAllowed);
+  http.Patch(".*", notAllowed);
+  http.Delete(".*", notAllowed);
+  http.Options(".*", notAllowed);
+
+  http.set_error_handler([](const httplib::Request&, httplib::Response& response) {
+    if (response.body.empty()) {
+      refuse(response, response.status, reasonOf(response.status));
+    }
+  });
+  http.set_exception_handler(
+      [](const httplib::Request&, httplib::Response& response, std::exception_ptr) {
+        refuse(response, 500, "the request failed inside the host");
+      });
+  http.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
+    logRequest(request, response);
+  });
+}
+
+bool SiteServer::authorized(const httplib::Request& request, bool write) const {
+  if (!write && options_.publicRead) return true;
+  const std::string& header = request.get_header_value("Authorization");
+  constexpr std::string_view kBearer = "Bearer ";
+  if (!header.starts_with(kBearer)) return false;
+  return sameToken(std::string_view(header).substr(kBearer.size()), token_);
+}
+
+namespace {
+
+bool refusedUnauthorized(bool authorized, httplib::Response& response) {
+  if (authorized) return false;
+  response.set_header("WWW-Authenticate", "Bearer");
+  refuse(response, 401, "a valid 'Authorization: Bearer' token is required");
+  return true;
+}
+
+bool refusedName(const Confinement::Verdict& verdict, httplib::Response& response) {
+  if (verdict.passed()) return false;
+  refuse(response, verdict.status, verdict.refusal);
+  return true;
+}
+
+}  // namespace
+
+void SiteServer::readOperation(const httplib::Request& request, httplib::Response& response) {
+  if (refusedUnauthorized(authorized(request, false), response)) return;
+  std::string refusal;
+  auto parameters = ApiParameters::from(
+      request.params,
+      {"doc", "element-name", "attribute-name", "attribute-value", "start-instance",
+       "count-instances", "content-type", "span-function", "string-function", "separator"},
+      {"doc"}, refusal);
+  if (!parameters) return refuse(response, 400, refusal);
+  const std::string doc = parameters->text("doc", "");
+  if (refusedName(confinement_.name(doc), response)) return;
+  std::unique_ptr<Tagwright> instance = borrowInstance();
+  int matches = 0;
+  std::string result = instance->readXPointer(
+      doc, parameters->text("element-name", "#element"), parameters->text("attribute-name", "*"),
+      parameters->text("attribute-value", "*"), parameters->number("start-instance", 1),
+      parameters->number("count-instances", 0), parameters->text("content-type", "innerMarkup"),
+      parameters->text("span-function", ""), parameters->text("string-function", ""),
+      parameters->text("separator", ""), &matches);
+  giveBack(std::move(instance));
+  answerJson(response, textAnswerJson(result, matches));
+}
+
+void SiteServer::metaOperation(const httplib::Request& request, httplib::Response& response) {
+  if (refusedUnauthorized(authorized(request, false), response)) return;
+  std::string refusal;
+  auto parameters = ApiParameters::from(
+      request.params,
+      {"doc", "meta-name", "start-instance", "count-instances", "equals", "separator"}, {"doc"},
+      refusal);
+  if (!parameters) return refuse(response, 400, refusal);
+  const std::string doc = parameters->text("doc", "");
+  if (refusedName(confinement_.name(doc), response)) return;
+  std::unique_ptr<Tagwright> instance = borrowInstance();
+  int matches = 0;
+  std::string result = instance->readMetaContent(
+      doc, parameters->text("meta-name", "*"), parameters->number("start-instance", 1),
+      parameters->number("count-instances", 0), parameters->text("equals", "$eq$"),
+      parameters->text("separator", ""), &matches);
+  giveBack(std::move(instance));
+  answerJson(response, textAnswerJson(result, matches));
+}
+
+void SiteServer::listOperation(const httplib::Request& request, httplib::Response& response) {
+  if (refusedUnauthorized(authorized(request, false), response)) return;
+  std::string refusal;
+  auto parameters =
+      ApiParameters::from(request.params, {"folder", "pattern", "separator"}, {"folder"}, refusal);
+  if (!parameters) return refuse(response, 400, refusal);
+  const std::string folder = parameters->text("folder", "");
+  const std::string pattern = parameters->text("pattern", "*.*");
+  if (refusedName(Confinement::pattern(pattern), response)) return;
+  if (refusedName(confinement_.name(folder), response)) return;
+  std::unique_ptr<Tagwright> instance = borrowInstance();
+  int matches = 0;
+  std::string result =
+      instance->fileListing(folder, pattern, parameters->text("separator", ""), &matches);
+  giveBack(std::move(instance));
+  answerJson(response, textAnswerJson(result, matches));
+}
+
+void SiteServer::writeOperation(const httplib::Request& request, httplib::Response& response) {
+  if (refusedUnauthorized(authorized(request, true), response)) return;
+  std::string refusal;
+  auto parameters = ApiParameters::fromJson(
+      request.body,
+      {"doc", "new-content", "element-name", "attribute-name", "attribute-value", "start-instance",
+       "count-instances", "content-type", "span-function", "separator"},
+      {"doc", "new-content"}, refusal);
+  if (!parameters) return refuse(response, 400, refusal);
+  const std::string doc = parameters->text("doc", "");
+  Confinement::Verdict verdict = confinement_.name(doc);
+  if (refusedName(verdict, response)) return;
+  std::unique_ptr<Tagwright> instance = borrowInstance();
+  std::string errorResult;
+  int count;
+  {
+    // Serialises this rewrite with every other of the document, in this
+    // process or another: the component takes no lock of its own.
+    std::unique_ptr<FileLock> lock = instance->lockForRewrite(doc);
+    count = instance->writeXPointer(
+        parameters->text("new-content", ""), doc, parameters->text("element-name", "#element"),
+        parameters->text("attribute-name", "*"), parameters->text("attribute-value", "*"),
+        parameters->number("start-instance", 1), parameters->number("count-instances", 1),
+        parameters->text("content-type", "innermarkup"), parameters->text("span-function", ""),
+        parameters->text("separator", ""), &errorResult);
+  }
+  giveBack(std::move(instance));
+  answerJson(response, writeAnswerJson(count, errorResult));
+}
+
+void SiteServer::siteFile(const httplib::Request& request, httplib::Response& response) {
+  if (refusedUnauthorized(authorized(request, false), response)) return;
+  Confinement::Verdict verdict = confinement_.urlPath(request.path);
+  if (refusedName(verdict, response)) return;
+  std::string file = verdict.resolved;
+  struct stat status {};
+  if (::stat(file.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+    if (!request.path.ends_with("/")) {
+      std::string target = request.target.substr(0, request.target.find('?'));
+      response.set_redirect(target + "/", 301);
+      return;
+    }
+    for (const char* index : {"index.htm", "index.html"}) {
+      Confinement::Verdict page = confinement_.urlPath(request.path + index);
+      if (page.passed() && ::stat(page.resolved.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        file = page.resolved;
+        break;
+      }
+      if (!page.passed()) return void(refusedName(page, response));
+    }
+  }
+  std::optional<std::string> bytes;
+  if (::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode)) bytes = fileBytes(file);
+  if (!bytes) return refuse(response, 404, "not found");
+  response.set_content(std::move(*bytes), std::string(contentTypeOf(file)));
+}
+
+void SiteServer::editorFile(const httplib::Request& request, httplib::Response& response) {
+  std::string_view name =
+      std::string_view(request.path).substr(std::string_view("/_tagwright/").size());
+  if (name.empty()) name = "index.html";
+  for (const auto& [known, bytes] : kEmbeddedFiles) {
+    if (name == known) {
+      response.set_content(std::string(bytes), std::string(contentTypeOf(known)));
+      return;
+    }
+  }
+  refuse(response, 404, "not found");
+}
+
+void SiteServer::logRequest(const httplib::Request& request, const httplib::Response& response) {
+  std::string milliseconds = "0";
+  std::string timing = response.get_header_value(kTimingHeader);
+  if (std::size_t at = timing.find("dur="); at != std::string::npos) {
+    milliseconds = timing.substr(at + 4);
+    if (std::size_t dot = milliseconds.find('.'); dot != std::string::npos) {
+      milliseconds.resize(std::min(milliseconds.size(), dot + 4));
+    }
+  }
+  char when[32];
+  std::time_t now = std::time(nullptr);
+  std::tm utc{};
+  ::gmtime_r(&now, &utc);
+  std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &utc);
+  std::string line = std::string(when) + " " + request.remote_addr + ":" +
+                     std::to_string(request.remote_port) + " " + loggedPath(request.method) + " " +
+                     loggedPath(request.path) + " " + std::to_string(response.status) + " " +
+                     std::to_string(response.body.size()) + " " + milliseconds + "ms\n";
+  std::lock_guard<std::mutex> guard(logMutex_);
+  log_ << line << std::flush;
+}
+
+}  // namespace tagwright

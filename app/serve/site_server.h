@@ -1,0 +1,71 @@
+#ifndef TAGWRIGHT_APP_SERVE_SITE_SERVER_H_
+#define TAGWRIGHT_APP_SERVE_SITE_SERVER_H_
+
+#include <iosfwd>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "serve/confinement.h"
+#include "serve/serve_command.h"
+#include "tagwright/tagwright.h"
+
+namespace httplib {
+class Server;
+struct Request;
+struct Response;
+}  // namespace httplib
+
+namespace tagwright {
+
+// The HTTP page host of one site folder: its files as a static server gives
+// them, the four operations as an API, and the editor page. Each request
+// borrows an instance of the component from a pool, so reads run in
+// parallel; rewrites of one document take its write lock.
+class SiteServer {
+ public:
+  // REQUIRES: `resolvedRoot` is the real path of an existing folder, `token`
+  // is not empty. One access line per request goes to `log`.
+  SiteServer(const ServeOptions& options, std::string resolvedRoot, std::string token,
+             std::ostream& log);
+  ~SiteServer();
+
+  // Creates the first instance from the administrator's settings; returns
+  // why it cannot be created, or the empty text.
+  std::string start();
+  // Binds to `address`; port 0 takes a free one. Returns the port, or -1.
+  int bind(const std::string& address, int port);
+  // Serves until stop(); false when it could not serve at all.
+  bool run();
+  void stop();
+
+ private:
+  using Handler = void (SiteServer::*)(const httplib::Request&, httplib::Response&);
+
+  void route();
+  bool authorized(const httplib::Request& request, bool write) const;
+  void readOperation(const httplib::Request& request, httplib::Response& response);
+  void metaOperation(const httplib::Request& request, httplib::Response& response);
+  void listOperation(const httplib::Request& request, httplib::Response& response);
+  void writeOperation(const httplib::Request& request, httplib::Response& response);
+  void siteFile(const httplib::Request& request, httplib::Response& response);
+  void editorFile(const httplib::Request& request, httplib::Response& response);
+  void logRequest(const httplib::Request& request, const httplib::Response& response);
+
+  std::unique_ptr<Tagwright> borrowInstance();
+  void giveBack(std::unique_ptr<Tagwright> instance);
+
+  ServeOptions options_;
+  Confinement confinement_;
+  std::string token_;
+  std::ostream& log_;
+  std::mutex logMutex_;
+  std::mutex poolMutex_;
+  std::vector<std::unique_ptr<Tagwright>> idle_;
+  std::unique_ptr<httplib::Server> http_;
+};
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_APP_SERVE_SITE_SERVER_H_

@@ -1,0 +1,322 @@
+// `tagwright serve` through real HTTP on loopback: every operation, every
+// refusal, escape attempts out of the site root, concurrent rewrites of one
+// document, the idle timeout and the access log.
+#include "serve/site_server.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <limits.h>
+#include <netinet/in.h>
+#include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "support/temp_folder.h"
+
+namespace tagwright {
+namespace {
+
+constexpr const char* kToken = "t0ken-Secret";
+constexpr const char* kPage =
+    "<html><head><meta name=\"author\" content=\"Ann\"></head>\r\n"
+    "<body><p class=\"news\">One</p><p class=\"news\">Two</p></body></html>\r\n";
+
+struct Answer {
+  int status = 0;
+  std::string head, body;
+};
+
+// A site folder beside a folder outside it, links from one to the other,
+// and the server on a free loopback port until the end of the scope.
+class ServedSite {
+ public:
+  explicit ServedSite(bool publicRead = false, int timeoutSeconds = 5) {
+    folder_.write("site/page.htm", kPage);
+    folder_.write("site/images/a.png", "A");
+    folder_.write("site/images/b.png", "B");
+    folder_.write("site/sub/index.html", "<p>index</p>");
+    folder_.write("out/secret.htm", "<p>TOPSECRET</p>\r\n");
+    std::filesystem::create_symlink("../out/secret.htm", folder_.host("site/link.htm"));
+    std::filesystem::create_symlink("../out", folder_.host("site/linkdir"));
+    char root[PATH_MAX];
+    EXPECT_NE(::realpath(folder_.host("site").c_str(), root), nullptr);
+    ServeOptions options;
+    options.publicRead = publicRead;
+    options.threads = 6;
+    options.maxBodyBytes = 4096;
+    options.timeoutSeconds = timeoutSeconds;
+    server_ = std::make_unique<SiteServer>(options, root, kToken, log_);
+    EXPECT_EQ(server_->start(), "");
+    port_ = server_->bind("127.0.0.1", 0);
+    EXPECT_GT(port_, 0);
+    thread_ = std::thread([this] { server_->run(); });
+  }
+  ~ServedSite() {
+    server_->stop();
+    thread_.join();
+  }
+
+  // Sends `request` as it is on a new connection and reads to its end.
+  Answer send(const std::string& request) const {
+    int fd = connected();
+    ::send(fd, request.data(), request.size(), MSG_NOSIGNAL);
+    std::string bytes;
+    char buffer[4096];
+    for (ssize_t n; (n = ::recv(fd, buffer, sizeof buffer, 0)) > 0;) {
+      bytes.append(buffer, static_cast<std::size_t>(n));
+    }
+    ::close(fd);
+    Answer answer;
+    std::size_t split = bytes.find("\r\n\r\n");
+    answer.head = bytes.substr(0, split);
+    answer.body = split == std::string::npos ? "" : bytes.substr(split + 4);
+    if (bytes.size() > 12) answer.status = std::atoi(bytes.c_str() + 9);
+    return answer;
+  }
+  Answer call(const std::string& method, const std::string& target, const std::string& body = "",
+              const std::string& token = kToken) const {
+    std::string request = method + " " + target + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n";
+    if (!token.empty()) request += "Authorization: Bearer " + token + "\r\n";
+    if (!body.empty()) request += "Content-Length: " + std::to_string(body.size()) + "\r\n";
+    return send(request + "\r\n" + body);
+  }
+  int connected() const {
+    int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port_));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    return fd;
+  }
+  const TempFolder& folder() const { return folder_; }
+  std::string log() const { return log_.str(); }
+
+ private:
+  TempFolder folder_;
+  std::ostringstream log_;
+  std::unique_ptr<SiteServer> server_;
+  int port_ = 0;
+  std::thread thread_;
+};
+
+TEST(SiteServer, OperationsAndRefusals) {
+  ServedSite site;
+  const std::string api = "/_tagwright/api/";
+  const std::string write = api + "write";
+  const struct {
+    std::string method, target, body;
+    int status;
+    std::string want;  // the whole body, or for a refusal a part of its error text
+    std::string token = kToken;
+  } cases[] = {
+      {"GET",
+       api + "read?doc=/page.htm&element-name=p&attribute-name=class&attribute-value=news"
+             "&start-instance=2&content-type=innerText",
+       "", 200, R"({"result":"Two","matchesFound":1})"},
+      {"GET", api + "read?doc=page.htm&element-name=P&separator=%7C", "", 200,
+       R"({"result":"One|Two","matchesFound":2})"},
+      {"GET", api + "meta?doc=/page.htm&meta-name=author&equals=%3D", "", 200,
+       R"({"result":"author=Ann","matchesFound":1})"},
+      {"GET", api + "list?folder=/images&pattern=*.png&separator=,", "", 200,
+       R"({"result":"a.png,b.png","matchesFound":2})"},
+      {"GET", api + "read?doc=/page.htm&start-instance=0", "", 200,
+       R"({"result":"ERROR: The start element instance number must be greater than zero.","matchesFound":-1})"},
+      {"POST", write,
+       R"({"doc":"/page.htm","element-name":"p","start-instance":2,"new-content":"2"})", 200,
+       R"({"result":1,"errorResult":"Two"})"},
+      {"HEAD", "/page.htm", "", 200, ""},
+      {"GET", "/sub/", "", 200, "<p>index</p>"},
+      {"GET", "/sub", "", 301, ""},
+      {"GET", "/nothing.htm", "", 404, "not found"},
+      {"GET", "/_tagwright/api/nothing", "", 404, "not found"},
+      {"GET", api + "read?doc=/page.htm", "", 401, "token", ""},
+      {"GET", "/page.htm", "", 401, "token", "wrong"},
+      {"POST", write, R"({"doc":"/page.htm","new-content":"x"})", 401, "token",
+       kToken + std::string("x")},
+      {"GET", api + "read?doc=/page.htm&start-instance=abc", "", 400, "whole number"},
+      {"GET", api + "read?doc=/page.htm&count-instances=32768", "", 400, "whole number"},
+      {"GET", api + "read?doc=/page.htm&new-content=x", "", 400, "unknown parameter"},
+      {"GET", api + "read?doc=/a&doc=/b", "", 400, "given twice"},
+      {"GET", api + "meta?meta-name=x", "", 400, "\\\"doc\\\" is required"},
+      {"POST", write, R"({"doc":"/page.htm"})", 400, "\\\"new-content\\\" is required"},
+      {"POST", write, R"(["/page.htm"])", 400, "JSON object"},
+      {"POST", write, R"({"doc":"/page.htm","new-content":1})", 400, "must be a text"},
+      {"POST", write, R"({"doc":"/page.htm","new-content":")" + std::string(5000, 'x') + "\"}", 413,
+       "too large"},
+      {"GET", write, "", 405, "allowed: POST"},
+      {"POST", api + "read?doc=/page.htm", "{}", 405, "allowed: GET"},
+      {"DELETE", "/page.htm", "", 405, "allowed: GET"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.method + " " + c.target);
+    Answer answer = site.call(c.method, c.target, c.body, c.token);
+    EXPECT_EQ(answer.status, c.status) << answer.body;
+    if (c.status == 200) {
+      EXPECT_EQ(answer.body, c.want + (c.target.starts_with(api) ? "\n" : ""));
+    } else {
+      EXPECT_NE(answer.body.find(c.want), std::string::npos) << answer.body;
+    }
+  }
+  std::string page = site.folder().read("site/page.htm").value_or("");
+  EXPECT_NE(page.find("<p class=\"news\">2</p>"), std::string::npos) << page;
+  EXPECT_EQ(site.folder().read("site/page.bak"), kPage);
+  std::string log = site.log();
+  EXPECT_NE(log.find(" 127.0.0.1:"), std::string::npos) << log;
+  EXPECT_NE(log.find(" POST /_tagwright/api/write 200 "), std::string::npos) << log;
+  EXPECT_NE(log.find(" DELETE /page.htm 405 "), std::string::npos) << log;
+  EXPECT_EQ(log.find(kToken), std::string::npos) << log;
+}
+
+TEST(SiteServer, PublicReadStillGuardsWrites) {
+  ServedSite site(/*publicRead=*/true);
+  EXPECT_EQ(site.call("GET", "/page.htm", "", "").status, 200);
+  EXPECT_EQ(site.call("GET", "/_tagwright/api/read?doc=/page.htm&element-name=p", "", "").status,
+            200);
+  EXPECT_EQ(
+      site.call("POST", "/_tagwright/api/write", R"({"doc":"/page.htm","new-content":"x"})", "")
+          .status,
+      401);
+  EXPECT_EQ(site.folder().read("site/page.htm"), kPage);
+}
+
+// Each target tries to reach out/secret.htm (or a system file) from the
+// site; none may answer with a byte of it, and none may change it.
+TEST(SiteServer, EveryEscapeIsRefused) {
+  ServedSite site;
+  const std::string read = "/_tagwright/api/read?element-name=p&doc=";
+  const std::string meta = "/_tagwright/api/meta?doc=";
+  const std::string list = "/_tagwright/api/list?folder=";
+  const char* writeDocs[] = {"/../out/secret.htm",    "/link.htm",
+                             "/linkdir/secret.htm",   "C:\\out\\secret.htm",
+                             "\\..\\out\\secret.htm", "/sub/../../out/secret.htm"};
+  const std::string targets[] = {
+      read + "/../out/secret.htm",
+      read + "../out/secret.htm",
+      read + "/sub/../../out/secret.htm",
+      read + "/%2e%2e/out/secret.htm",
+      read + "%2e%2e%2fout%2fsecret.htm",
+      read + "/..%5cout%5csecret.htm",
+      read + "\\..\\out\\secret.htm",
+      read + "C:\\etc\\passwd",
+      read + "c:/etc/passwd",
+      read + "/etc/passwd:",
+      read + "/link.htm",
+      read + "/linkdir/secret.htm",
+      read + "/linkdir/../linkdir/secret.htm",
+      read + "/page.htm%00/../../out/secret.htm",
+      read + "//../out/secret.htm",
+      meta + "/link.htm",
+      meta + "/../out/secret.htm",
+      meta + "\\\\host\\share\\secret.htm",
+      list + "/..",
+      list + "/linkdir",
+      list + "/linkdir/",
+      list + "C:\\",
+      list + "/images&pattern=../../out/*",
+      list + "/&pattern=linkdir/*",
+      list + "/&pattern=..%5c*",
+      list + "/&pattern=*%00",
+      "/../out/secret.htm",
+      "/%2e%2e/out/secret.htm",
+      "/%2E%2E%2Fout%2Fsecret.htm",
+      "/..%5cout%5csecret.htm",
+      "/link.htm",
+      "/linkdir/secret.htm",
+      "/linkdir/",
+      "/sub/..%2f..%2fout/secret.htm",
+      "/C:/etc/passwd",
+      "/page.htm%00.png",
+  };
+  for (const std::string& target : targets) {
+    SCOPED_TRACE(target);
+    Answer answer = site.call("GET", target);
+    EXPECT_TRUE(answer.status == 400 || answer.status == 403) << answer.status << answer.body;
+    EXPECT_EQ(answer.body.find("TOPSECRET"), std::string::npos);
+    EXPECT_EQ(answer.body.find("root:"), std::string::npos);
+  }
+  for (const char* doc : writeDocs) {
+    SCOPED_TRACE(doc);
+    nlohmann::json body = {{"doc", doc}, {"element-name", "p"}, {"new-content", "owned"}};
+    Answer answer = site.call("POST", "/_tagwright/api/write", body.dump());
+    EXPECT_TRUE(answer.status == 400 || answer.status == 403) << answer.status << answer.body;
+  }
+  EXPECT_EQ(site.folder().read("out/secret.htm"), "<p>TOPSECRET</p>\r\n");
+  EXPECT_EQ(site.folder().names("out"), std::set<std::string>{"secret.htm"});
+}
+
+// Writers replace one element of one document while a reader watches the
+// document and its backup: each is always whole, and every write's former
+// text is the text of one write before it, so none was lost or torn.
+TEST(SiteServer, ConcurrentWritesToOneDocumentTakeTurns) {
+  ServedSite site;
+  const auto whole = [](const std::string& page) {
+    return page.starts_with("<html><head>") && page.ends_with("</p></body></html>\r\n");
+  };
+  std::atomic<bool> writing = true;
+  std::atomic<int> torn = 0;
+  std::thread reader([&] {
+    while (writing) {
+      for (const char* name : {"site/page.htm", "site/page.bak"}) {
+        std::optional<std::string> page = site.folder().read(name);
+        if (page && !whole(*page)) ++torn;
+      }
+    }
+  });
+  constexpr int kWriters = 4, kWrites = 6;
+  std::vector<std::vector<std::string>> formers(kWriters);
+  std::vector<std::thread> writers;
+  for (int w = 0; w < kWriters; ++w) {
+    writers.emplace_back([&, w] {
+      for (int i = 0; i < kWrites; ++i) {
+        nlohmann::json body = {{"doc", "/page.htm"},
+                               {"element-name", "p"},
+                               {"new-content", "w" + std::to_string(w) + "-" + std::to_string(i)}};
+        Answer answer = site.call("POST", "/_tagwright/api/write", body.dump());
+        formers[static_cast<std::size_t>(w)].push_back(
+            nlohmann::json::parse(answer.body)["errorResult"].get<std::string>());
+      }
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  writing = false;
+  reader.join();
+  EXPECT_EQ(torn, 0);
+  std::multiset<std::string> former, written = {"One"};
+  for (int w = 0; w < kWriters; ++w) {
+    for (int i = 0; i < kWrites; ++i) {
+      former.insert(formers[static_cast<std::size_t>(w)][static_cast<std::size_t>(i)]);
+      written.insert("w" + std::to_string(w) + "-" + std::to_string(i));
+    }
+  }
+  std::string page = *site.folder().read("site/page.htm");
+  std::size_t open = page.find("news\">") + 6;
+  written.erase(written.find(page.substr(open, page.find('<', open) - open)));
+  EXPECT_EQ(former, written);
+  EXPECT_TRUE(whole(*site.folder().read("site/page.bak")));
+}
+
+TEST(SiteServer, DropsAnIdleClient) {
+  ServedSite site(false, /*timeoutSeconds=*/1);
+  int fd = site.connected();
+  ::send(fd, "GET /page.htm HTTP/1.1\r\n", 24, MSG_NOSIGNAL);
+  timeval limit{10, 0};
+  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+  char buffer[512];
+  ssize_t received;
+  while ((received = ::recv(fd, buffer, sizeof buffer, 0)) > 0) {
+  }
+  EXPECT_EQ(received, 0);  // closed by the server, not ended by our 10 s limit
+  ::close(fd);
+}
+
+}  // namespace
+}  // namespace tagwright
