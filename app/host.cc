@@ -1,5 +1,7 @@
 #include "host.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>
@@ -8,13 +10,18 @@
 #include <optional>
 #include <sstream>
 
+#include "capturing_platform.h"
+#include "document_output.h"
 #include "json_answer.h"
+#include "manual.h"
 #include "plain_file.h"
 #include "platform/platform.h"
+#include "refusal_cause.h"
 #include "serve/serve_command.h"
 #include "tagwright/site_context.h"
 #include "tagwright/tagwright.h"
 #include "tagwright/version.h"
+#include "unified_diff.h"
 
 namespace tagwright {
 namespace {
@@ -49,7 +56,14 @@ struct CommandLine {
   bool noContext = false;
   bool followLinksOut = false;
   bool json = false;
+  bool jsonLines = false;
+  bool exitStatus = false;
+  bool toStdout = false;
+  bool dryRun = false;
 };
+
+// The document name that stands for standard input.
+constexpr const char* kStandardInput = "-";
 
 void addText(CLI::App* command, const std::string& name, std::optional<std::string>& value,
              const std::string& help) {
@@ -61,6 +75,8 @@ void addCommon(CLI::App* command, CommandLine& line) {
   command->add_flag("--no-context", line.noContext,
                     "run without a page context: virtual paths are refused");
   command->add_flag("--json", line.json, "print one JSON object instead of the bare text");
+  command->add_flag("-e,--exit-status", line.exitStatus,
+                    "exit 1 when nothing was found (0 matches), as grep does");
   command->add_flag("--follow-links-out", line.followLinksOut,
                     "serve virtual paths through links that lead out of --root");
 }
@@ -117,24 +133,26 @@ void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
   addLineEnds(command, line);
 }
 
+// Options of `write` beyond replacing the document.
+void addWriteForms(CLI::App* write, CommandLine& line) {
+  auto* toStdout = write->add_flag(
+      "--stdout", line.toStdout,
+      "write the new document to standard output and leave the file as it is; DOCUMENT may be "
+      "- (standard input)");
+  auto* dryRun = write->add_flag(
+      "--dry-run", line.dryRun,
+      "change nothing; print the unified diff (diff -u, names a/DOCUMENT and b/DOCUMENT) from "
+      "the document to what the write would make, and exit 1 when they differ, 0 when not, 2 on "
+      "a failure");
+  toStdout->excludes(dryRun);
+}
+
 std::int16_t numberOr(const std::optional<int>& value, int fallback) {
   return static_cast<std::int16_t>(value.value_or(fallback));
 }
 
 std::string orDefault(const std::optional<std::string>& value, const char* fallback) {
   return value ? *value : fallback;
-}
-
-int printTextResult(const std::string& result, int matches, bool json, std::ostream& out,
-                    std::ostream& err) {
-  if (json) {
-    out << textAnswerJson(result, matches) << "\n";
-  } else {
-    out << result;
-    err << "matches: " << matches << "\n";
-  }
-  out.flush();
-  return matches == -1 ? 1 : 0;
 }
 
 std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
@@ -151,26 +169,108 @@ std::optional<std::string> readNewContent(const CommandLine& line, std::istream&
   return bytes;
 }
 
+// The checks of the new options that CLI11 cannot express.
+void checkOutputForms(const CommandLine& line, CLI::App* read, CLI::App* write) {
+  const bool fromStandardInput = line.target == kStandardInput;
+  if (line.jsonLines && !read->parsed())
+    throw CLI::ValidationError("--json-lines", "only read prints one object per part");
+  if (line.jsonLines && line.json)
+    throw CLI::ValidationError("--json-lines", "choose --json or --json-lines");
+  if (!write->parsed()) return;
+  if ((line.toStdout || line.dryRun) && line.json)
+    throw CLI::ValidationError("--json", "--stdout and --dry-run print no JSON");
+  if (fromStandardInput && !line.toStdout)
+    throw CLI::ValidationError("DOCUMENT", "a write of standard input (-) needs --stdout");
+  if (fromStandardInput && line.newContentFile == std::optional<std::string>(kStandardInput))
+    throw CLI::ValidationError("--new-content-file", "standard input holds the document");
+}
+
+// The name the component is given for the document "-": one that every
+// page context maps, to a file that is never opened on disk.
+std::string standardInputName(const CommandLine& line) { return line.noContext ? "\\-" : "/-"; }
+
+// The host path that `name` maps to, as the platform will be asked to open
+// it, or empty when the context refuses it (the operation then says so).
+std::string mappedPath(const std::string& name, const ContextSetting& context) {
+  if (!context.present) return name;
+  try {
+    Tagwright probe(Tagwright::systemPlatform());
+    // Links are not what is asked here, only the name the path maps to.
+    probe.OnStartPage(std::make_shared<SiteContext>(context.root, context.workingFolder, true));
+    return probe.hostPathOf(name);
+  } catch (const std::exception&) {
+    return {};  // settings that the instance proper will report
+  }
+}
+
+// A document name without leading "/", for the diff's a/NAME and b/NAME.
+std::string diffName(const std::string& document) {
+  const std::size_t first = document.find_first_not_of('/');
+  return first == std::string::npos ? document : document.substr(first);
+}
+
+// Runs one write of the command line on `instance`. With --stdout or
+// --dry-run `capture` holds the new document instead of the disk.
+int runWrite(Tagwright& instance, const CommandLine& line, const std::string& document,
+             const ContextSetting& context, const CapturingPlatform* capture,
+             const OutputForm& form, std::istream& in, std::ostream& out, std::ostream& err) {
+  std::optional<std::string> newContent = readNewContent(line, in, err);
+  if (!newContent) return 2;
+  std::string errorResult;
+  // A write that replaces nothing needs no turn.
+  std::unique_ptr<FileLock> lock = capture ? nullptr : instance.lockForRewrite(document);
+  int count = instance.writeXPointer(
+      *newContent, document, orDefault(line.elementName, "#element"),
+      orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
+      numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
+      orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
+      orDefault(line.separator, ""), &errorResult);
+  explainRefusal(errorResult, document, context, instance, err);
+  if (line.target != kStandardInput) hintAtLineEnds(errorResult, instance, document, err);
+  if (line.toStdout) {
+    return printNewDocument(count, errorResult, capture->captured(), form, out, err);
+  }
+  if (line.dryRun) {
+    err << (count == -1 ? errorResult + "\n" : "") << "matches: " << count << "\n";
+    if (count == -1) return 2;
+    return printUnifiedDiff(instance.hostPathOf(document), capture->captured(),
+                            diffName(line.target), out, err);
+  }
+  return printWriteAnswer(count, errorResult, form, out, err);
+}
+
 }  // namespace
 
 int runHost(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
-            std::ostream& err, Platform* platform) {
+            std::ostream& err, Platform* platform, bool outputIsTerminal) {
   CommandLine line;
-  CLI::App app{"tagwright: locate and rewrite parts of HTML, XML and server pages"};
+  CLI::App app{"tagwright: locate and rewrite parts of HTML, XML and server pages", "tagwright"};
   app.footer(kSettingsHelp);
   app.require_subcommand(1);
   app.set_version_flag("--version", "tagwright " TAGWRIGHT_VERSION);
+  bool manPageWanted = false, completionWanted = false;
+  app.add_flag("--help-man", manPageWanted, "print the manual page")->group("");
+  app.add_flag("--completion-bash", completionWanted, "print the bash completion")->group("");
 
   CLI::App* read = app.add_subcommand("read", "print the parts of a document that a query locates");
-  read->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  read->add_option("DOCUMENT", line.target,
+                   "the document: a physical or virtual path, or - for standard input")
+      ->required();
   addLocate(read, line, "0");
   addText(read, "--string-function", line.stringFunction,
           "occurrence,search,offset,length: a piece of each part's plain text (default none)");
+  read->add_flag("--json-lines", line.jsonLines,
+                 "print one JSON object per part, as found: its text and where it starts and "
+                 "ends ({\"byte\", \"line\", \"column\"}: byte from 0, line and column from 1, "
+                 "columns in characters)");
   addCommon(read, line);
 
   CLI::App* write = app.add_subcommand(
       "write", "replace the located parts; the former document is kept as <name>.bak");
-  write->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")
+  write
+      ->add_option("DOCUMENT", line.target,
+                   "the document: a physical or virtual path, or - for standard input "
+                   "(with --stdout)")
       ->required();
   auto* content = write->add_option("--new-content", line.newContent, "the new content");
   auto* contentFile =
@@ -178,10 +278,13 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
                         "read the new content from a file, byte for byte; - for stdin");
   content->excludes(contentFile);
   addLocate(write, line, "1");
+  addWriteForms(write, line);
   addCommon(write, line);
 
   CLI::App* meta = app.add_subcommand("meta", "print the name and content pairs of <meta> tags");
-  meta->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  meta->add_option("DOCUMENT", line.target,
+                   "the document: a physical or virtual path, or - for standard input")
+      ->required();
   addText(meta, "--meta-name", line.metaName, "names that end in this text (default *: all)");
   meta->add_option("--start-instance", line.startInstance, "first tag taken (default 1)")
       ->check(CLI::Range(-32768, 32767));
@@ -215,11 +318,17 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
         reversed.push_back(*it);
       }
     }
+    if (arguments.size() == 1 &&
+        (arguments[0] == "--help-man" || arguments[0] == "--completion-bash")) {
+      out << (arguments[0] == "--help-man" ? manPage(app) : bashCompletion(app));
+      return 0;
+    }
     app.parse(reversed);
     if (write->parsed() && !line.newContent && !line.newContentFile) {
       throw CLI::RequiredError("--new-content or --new-content-file");
     }
     if (line.root.empty()) throw CLI::ValidationError("--root", "the site root must not be empty");
+    checkOutputForms(line, read, write);
   } catch (const CLI::CallForHelp&) {
     out << app.help();
     return 0;
@@ -237,66 +346,69 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   }
   if (serve->parsed()) return runServe(serveOptions, err);
 
+  ContextSetting context;
+  context.present = !line.noContext;
+  context.root = line.root;
+  std::error_code gone;  // a working folder that was removed: no path needs it yet
+  context.workingFolder = std::filesystem::current_path(gone).string();
+
+  const bool fromStandardInput = line.target == kStandardInput && !list->parsed();
+  const std::string document = fromStandardInput ? standardInputName(line) : line.target;
+  std::unique_ptr<Platform> streaming;
+  if (fromStandardInput && platform == nullptr) {
+    streaming = Tagwright::systemPlatformStreaming(mappedPath(document, context), STDIN_FILENO);
+  }
+  Platform& base = streaming             ? *streaming
+                   : platform != nullptr ? *platform
+                                         : Tagwright::systemPlatform();
+  std::optional<CapturingPlatform> capture;
+  if (line.toStdout || line.dryRun) capture.emplace(base);
+
   std::unique_ptr<Tagwright> instance;
   try {
-    instance = platform != nullptr ? std::make_unique<Tagwright>(*platform)
-                                   : std::make_unique<Tagwright>();
+    instance = std::make_unique<Tagwright>(capture ? *capture : base);
   } catch (const std::exception& error) {
     err << "tagwright: cannot start: " << error.what() << "\n";
     return 1;
   }
-  if (!line.noContext) {
-    std::error_code gone;  // a working folder that was removed: no path needs it yet
-    std::string workingFolder = std::filesystem::current_path(gone).string();
-    bool followLinksOut = line.followLinksOut || instance->followsLinksOut();
-    instance->OnStartPage(std::make_shared<SiteContext>(line.root, workingFolder, followLinksOut));
+  context.followLinksOut = line.followLinksOut || instance->followsLinksOut();
+  if (context.present) {
+    instance->OnStartPage(
+        std::make_shared<SiteContext>(context.root, context.workingFolder, context.followLinksOut));
   }
   if (line.lineEnds)
     instance->setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
 
+  OutputForm form{line.json, line.jsonLines, line.exitStatus, outputIsTerminal};
   int matches = 0;
+  std::string result;
   if (read->parsed()) {
-    std::string result = instance->readXPointer(
-        line.target, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
+    if (line.jsonLines) {
+      instance->observeParts([&out](const FoundPart& part) { out << partJsonLine(part) << "\n"; });
+    }
+    result = instance->readXPointer(
+        document, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
         orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
         numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
         orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
         orDefault(line.separator, ""), &matches);
-    hintAtLineEnds(result, *instance, line.target, err);
-    return printTextResult(result, matches, line.json, out, err);
-  }
-  if (meta->parsed()) {
-    std::string result = instance->readMetaContent(
-        line.target, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
+  } else if (meta->parsed()) {
+    result = instance->readMetaContent(
+        document, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
         numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
         orDefault(line.separator, ""), &matches);
-    hintAtLineEnds(result, *instance, line.target, err);
-    return printTextResult(result, matches, line.json, out, err);
-  }
-  if (list->parsed()) {
-    std::string result = instance->fileListing(line.target, orDefault(line.pattern, "*.*"),
-                                               orDefault(line.separator, ""), &matches);
-    return printTextResult(result, matches, line.json, out, err);
-  }
-  std::optional<std::string> newContent = readNewContent(line, in, err);
-  if (!newContent) return 2;
-  std::string errorResult;
-  std::unique_ptr<FileLock> lock = instance->lockForRewrite(line.target);
-  int count = instance->writeXPointer(
-      *newContent, line.target, orDefault(line.elementName, "#element"),
-      orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
-      numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
-      orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
-      orDefault(line.separator, ""), &errorResult);
-  hintAtLineEnds(errorResult, *instance, line.target, err);
-  if (line.json) {
-    out << writeAnswerJson(count, errorResult) << "\n";
+  } else if (list->parsed()) {
+    result = instance->fileListing(line.target, orDefault(line.pattern, "*.*"),
+                                   orDefault(line.separator, ""), &matches);
+    return printTextAnswer(result, matches, form, out, err);
   } else {
-    out << errorResult;
-    err << "matches: " << count << "\n";
+    const int status = runWrite(*instance, line, document, context, capture ? &*capture : nullptr,
+                                form, in, out, err);
+    return status;
   }
-  out.flush();
-  return count == -1 ? 1 : 0;
+  explainRefusal(result, document, context, *instance, err);
+  if (!fromStandardInput) hintAtLineEnds(result, *instance, document, err);
+  return printTextAnswer(result, matches, form, out, err);
 }
 
 }  // namespace tagwright

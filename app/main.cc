@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <exception>
 #include <iostream>
 #include <string>
@@ -9,7 +11,8 @@ int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   try {
     std::vector<std::string> arguments(argv + 1, argv + argc);
-    return tagwright::runHost(arguments, std::cin, std::cout, std::cerr);
+    return tagwright::runHost(arguments, std::cin, std::cout, std::cerr, nullptr,
+                              ::isatty(STDOUT_FILENO) == 1);
   } catch (const std::exception& error) {
     std::cerr << "tagwright: " << error.what() << "\n";
   } catch (...) {

@@ -26,6 +26,7 @@
 #define TAGWRIGHT_TAGWRIGHT_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -64,6 +65,26 @@ class TAGWRIGHT_EXPORT ScriptingContext {
 // each line's own end.
 enum class LineEnds { kCrLf, kAny };
 
+// Where a located part begins or ends in its document: the byte offset from
+// 0, the line and the column from 1. Columns count characters; lines end as
+// the instance's LineEnds mode says (in kCrLf a lone CR counts as CR LF).
+struct TextPosition {
+  std::uint64_t byte = 0;
+  std::uint64_t line = 1;
+  std::uint64_t column = 1;
+};
+
+// One part that readXPointer returns: its text as it stands in the result,
+// and the stretch of the document it was made from, `start` at its first
+// character and `end` behind its last. For inner and outer markup the
+// document's bytes from start.byte up to end.byte are the text; for inner
+// text and the functions they are what the text was made from.
+struct FoundPart {
+  std::string text;
+  TextPosition start;
+  TextPosition end;
+};
+
 class TAGWRIGHT_EXPORT Tagwright {
  public:
   // Reads the administrator's settings (see --help of the host) through the
@@ -100,6 +121,24 @@ class TAGWRIGHT_EXPORT Tagwright {
   //   std::unique_ptr<FileLock> lock = tw.lockForRewrite("/news.htm");
   //   tw.writeXPointer("New", "/news.htm", "p");
   std::unique_ptr<FileLock> lockForRewrite(const std::string& DocumentName);
+
+  // For hosts that show each part apart: every part that a later
+  // readXPointer takes is also handed to `observer`, in document order, as
+  // it is found. An empty observer stops it; positions cost nothing then.
+  //   tw.observeParts([](const FoundPart& p) { std::cout << p.start.line; });
+  void observeParts(std::function<void(const FoundPart&)> observer) {
+    partObserver_ = std::move(observer);
+  }
+
+  // The system's platform, for hosts that wrap it (see Tagwright(Platform&)).
+  static Platform& systemPlatform();
+  // The system's platform, except that the document `documentPath` (a
+  // physical path such as Server().MapPath returns, or a host path) is read
+  // from the open `descriptor` (a pipe, say), once and chunk by chunk as a
+  // file is. Nothing of that name on disk is opened for input.
+  //   auto stdinPlatform = Tagwright::systemPlatformStreaming("/srv/site/-", 0);
+  static std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath,
+                                                           int descriptor);
 
   // Whether the settings let virtual paths follow links out of the site root
   // (FollowLinksOut=1), for the host that makes the page context.
@@ -165,6 +204,7 @@ class TAGWRIGHT_EXPORT Tagwright {
   LineEnds lineEndMode = LineEnds::kCrLf;
   bool followLinksOut = false;
   std::shared_ptr<ScriptingContext> ScriptingContext_;
+  std::function<void(const FoundPart&)> partObserver_;
 };
 
 }  // namespace tagwright

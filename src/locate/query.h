@@ -2,6 +2,7 @@
 #define TAGWRIGHT_LOCATE_QUERY_H_
 
 #include <cstdint>
+#include <functional>
 
 #include "platform/int16.h"
 #include "platform/platform.h"
@@ -31,6 +32,8 @@ struct CallContext {
   std::int32_t bufferLength;
   TextView resultSeparator;
   LineEnds lineEnds;
+  // Told of every part taken, with its positions; null for none.
+  const std::function<void(const FoundPart&)>* partObserver = nullptr;
 };
 
 }  // namespace tagwright

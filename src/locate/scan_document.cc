@@ -10,6 +10,7 @@
 #include "files/read_next_chunk.h"
 #include "locate/chunk_filter.h"
 #include "locate/element_types.h"
+#include "locate/part_positions.h"
 #include "locate/result_text.h"
 #include "locate/transforms/apply_span_function.h"
 #include "locate/transforms/apply_string_function.h"
@@ -62,7 +63,9 @@ class DocumentScan {
         outerMarkup_(isOuterMarkup(query)),
         innerText_(query.ContentType == U"innertext"),
         transformsText_(innerText_ || !query.SpanFunction.empty() || !query.StringFunction.empty()),
-        filter_(query, type_) {}
+        filter_(query, type_) {
+    if (call.partObserver != nullptr) positions_.emplace(chunk_, call.lineEnds);
+  }
 
   void run(Int16& matchesFound);
 
@@ -71,6 +74,7 @@ class DocumentScan {
   // the end of the document, so in write mode it is the failure.
   void nextChunk() {
     std::optional<Failure> readFailure;
+    if (positions_) positions_->leaveChunk();
     readNextChunk(call_.platform, fileNumber_, call_.bufferLength, call_.lineEnds, chunk_,
                   writeMode_ ? &readFailure : nullptr);
     if (readFailure) throw *readFailure;
@@ -141,6 +145,7 @@ class DocumentScan {
   }
 
   void takeInstance(Int16& contentStart, Int16& matchesFound);
+  void reportPart(std::size_t resultsBefore, const TextPosition& start, Int16 closePos);
 
   const CallContext& call_;
   const Query& query_;
@@ -154,6 +159,7 @@ class DocumentScan {
   const bool transformsText_;
   ChunkFilter filter_;
   bool instancesNearby_ = false;
+  std::optional<PartPositions> positions_;
 
   Int16 startRemaining_;
   Int16 countRemaining_;
@@ -225,6 +231,9 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
     appendChunkText(outputText_, copyFrom_, contentStart - copyFrom_);
     copyFrom_ = contentStart;
   }
+  const std::size_t resultsBefore = state_.results->text().size();
+  TextPosition partStart;
+  if (positions_) partStart = positions_->at(chunkOffsets_[contentStart.index()]);
   const Text& closeMarker = state_.closeMarker;
   Int16 closePos = searchFrom(chunkLower_, closeMarker, contentStart);
   while (closePos == 0 && !chunk_.empty()) {
@@ -260,13 +269,29 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
       const std::string_view found = chunkBytes(start, end);
       if (found.find_first_not_of(' ') != std::string_view::npos) appendFoundBytes(start, end);
     }
+    if (positions_) reportPart(resultsBefore, partStart, closePos);
     // A span function puts a separator behind each span itself.
     if (query_.SpanFunction.empty()) state_.results->append(call_.resultSeparator);
     if (writeMode_) outputText_.append(replacementText_);  // W6
     contentStart = closePos;
+  } else if (positions_) {
+    reportPart(resultsBefore, partStart, closePos);
   }
   countRemaining_ -= 1;
   if (query_.SpanFunction.empty()) matchesFound += 1;
+}
+
+void DocumentScan::reportPart(std::size_t resultsBefore, const TextPosition& start,
+                              Int16 closePos) {
+  FoundPart part;
+  part.text = state_.results->text().substr(resultsBefore);
+  if (!query_.SpanFunction.empty()) {
+    const std::string separator = toUtf8(call_.resultSeparator);
+    if (part.text.ends_with(separator)) part.text.resize(part.text.size() - separator.size());
+  }
+  part.start = start;
+  part.end = positions_->at(chunkOffsets_[std::min(closePos.index(), chunkLower_.size())]);
+  (*call_.partObserver)(part);
 }
 
 }  // namespace

@@ -133,6 +133,11 @@ Platform& systemPlatform();
 // for hosts that give each instance a settings file of its own.
 std::unique_ptr<Platform> systemPlatformWithSettings(std::string settingsFile);
 
+// The system's platform, except that the document `documentPath` (a
+// physical or host path) is read from the open `descriptor`, once, chunk by
+// chunk as a file is; nothing on disk of that name is opened for input.
+std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath, int descriptor);
+
 }  // namespace tagwright
 
 #endif  // TAGWRIGHT_PLATFORM_PLATFORM_H_

@@ -256,6 +256,9 @@ class PosixPlatform : public Platform {
  public:
   PosixPlatform() = default;
   explicit PosixPlatform(std::string settingsFile) : settingsFile_(std::move(settingsFile)) {}
+  // Serves the document at `streamedPath` (a host path) from `descriptor`.
+  PosixPlatform(std::string streamedPath, int descriptor)
+      : streamedPath_(std::move(streamedPath)), streamedDescriptor_(descriptor) {}
 
   Int16 nextFreeFileNumber() override {
     for (int n = 1; n <= kLastFileNumber; ++n) {
@@ -265,7 +268,12 @@ class PosixPlatform : public Platform {
   }
 
   void openForInput(Int16 fileNumber, TextView path) override {
-    int fd = openPlainFile(hostPath(path));
+    std::string host = hostPath(path);
+    if (streamedPath_ && host == *streamedPath_) {
+      openStreamed(fileNumber);
+      return;
+    }
+    int fd = openPlainFile(host);
     struct stat st;
     if (::fstat(fd, &st) != 0) {
       ::close(fd);
@@ -463,7 +471,22 @@ class PosixPlatform : public Platform {
   }
 
  private:
+  // A pipe is read like a file, once: a second opening finds it at its end.
+  // Its size is unknown (0) unless it is a plain file given as the stream.
+  void openStreamed(Int16 fileNumber) {
+    int fd = ::fcntl(streamedDescriptor_, F_DUPFD_CLOEXEC, 0);
+    if (fd < 0) failWithErrno();
+    struct stat st;
+    std::uint64_t size = 0;
+    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+      size = static_cast<std::uint64_t>(st.st_size);
+    }
+    openUnder(fileNumber, fd, false, size);
+  }
+
   std::optional<std::string> settingsFile_;
+  std::optional<std::string> streamedPath_;
+  int streamedDescriptor_ = -1;
 };
 
 }  // namespace
@@ -476,6 +499,10 @@ Platform& systemPlatform() {
 
 std::unique_ptr<Platform> systemPlatformWithSettings(std::string settingsFile) {
   return std::make_unique<PosixPlatform>(std::move(settingsFile));
+}
+
+std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath, int descriptor) {
+  return std::make_unique<PosixPlatform>(hostPath(fromUtf8(documentPath)), descriptor);
 }
 
 }  // namespace tagwright

@@ -6,12 +6,13 @@ namespace tagwright {
 
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength,
                    LineEnds lineEnds, Query& query, Text& resultSeparator, bool writeMode,
-                   TextView NewContent, std::string& scanResult, Int16& matches) {
+                   TextView NewContent, std::string& scanResult, Int16& matches,
+                   const std::function<void(const FoundPart&)>* partObserver) {
   Int16 fileNumber = 0;
   Text message = validateParameters(validation, query, resultSeparator, fileNumber);
   if (!message.empty()) return message;
-  return scanDocument({validation.platform, bufferLength, resultSeparator, lineEnds}, scanResult,
-                      query, fileNumber, writeMode, NewContent, matches);
+  return scanDocument({validation.platform, bufferLength, resultSeparator, lineEnds, partObserver},
+                      scanResult, query, fileNumber, writeMode, NewContent, matches);
 }
 
 }  // namespace tagwright

@@ -22,7 +22,8 @@ std::string Tagwright::readXPointer(const std::string& DocumentName, const std::
     Int16 localMatches = 0;
     Text message =
         locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocRead}, bufferLength,
-                      lineEndMode, query, resultSeparator, false, {}, scanResult, localMatches);
+                      lineEndMode, query, resultSeparator, false, {}, scanResult, localMatches,
+                      partObserver_ ? &partObserver_ : nullptr);
     if (message.empty()) {
       matches = localMatches.value();
       result = std::move(scanResult);

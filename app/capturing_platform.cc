@@ -1,0 +1,35 @@
+#include "capturing_platform.h"
+
+namespace tagwright {
+
+void CapturingPlatform::openForOutput(Int16 fileNumber, TextView) {
+  // The number stays taken in the wrapped platform, which hands out the
+  // numbers, by a file that swallows what nobody writes to it.
+  base_.openForOutput(fileNumber, U"\\dev\\null");
+  capturedNumber_ = fileNumber;
+  captured_.clear();
+}
+
+void CapturingPlatform::writeBytes(Int16 fileNumber, std::string_view bytes) {
+  if (isCaptured(fileNumber)) {
+    captured_.append(bytes);
+  } else {
+    base_.writeBytes(fileNumber, bytes);
+  }
+}
+
+void CapturingPlatform::syncFile(Int16 fileNumber) {
+  if (!isCaptured(fileNumber)) base_.syncFile(fileNumber);
+}
+
+void CapturingPlatform::closeFile(Int16 fileNumber) {
+  if (isCaptured(fileNumber)) capturedNumber_.reset();
+  base_.closeFile(fileNumber);
+}
+
+void CapturingPlatform::closeAllFiles() {
+  capturedNumber_.reset();
+  base_.closeAllFiles();
+}
+
+}  // namespace tagwright

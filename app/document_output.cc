@@ -1,0 +1,80 @@
+#include "document_output.h"
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "json_answer.h"
+
+namespace tagwright {
+namespace {
+
+nlohmann::ordered_json positionJson(const TextPosition& position) {
+  nlohmann::ordered_json object;
+  object["byte"] = position.byte;
+  object["line"] = position.line;
+  object["column"] = position.column;
+  return object;
+}
+
+// The bare result, ended for the eye on a terminal only, so that what a
+// pipe receives is the result exactly.
+void printBare(const std::string& text, const OutputForm& form, std::ostream& out) {
+  out << text;
+  if (form.terminal && !text.empty() && text.back() != '\n') out << '\n';
+}
+
+}  // namespace
+
+int exitStatusOf(int matches, const OutputForm& form) {
+  if (matches == -1) return 1;
+  return form.exitStatus && matches == 0 ? 1 : 0;
+}
+
+int printTextAnswer(const std::string& result, int matches, const OutputForm& form,
+                    std::ostream& out, std::ostream& err) {
+  if (form.jsonLines) {
+    if (matches == -1) err << result << "\n";
+    err << "matches: " << matches << "\n";
+  } else if (form.json) {
+    out << textAnswerJson(result, matches) << "\n";
+  } else {
+    printBare(result, form, out);
+    err << "matches: " << matches << "\n";
+  }
+  out.flush();
+  return exitStatusOf(matches, form);
+}
+
+int printWriteAnswer(int count, const std::string& errorResult, const OutputForm& form,
+                     std::ostream& out, std::ostream& err) {
+  if (form.json) {
+    out << writeAnswerJson(count, errorResult) << "\n";
+  } else {
+    printBare(errorResult, form, out);
+    err << "matches: " << count << "\n";
+  }
+  out.flush();
+  return exitStatusOf(count, form);
+}
+
+int printNewDocument(int count, const std::string& errorResult, const std::string& newDocument,
+                     const OutputForm& form, std::ostream& out, std::ostream& err) {
+  if (count == -1) {
+    err << errorResult << "\n";
+  } else {
+    out << newDocument;
+    out.flush();
+  }
+  err << "matches: " << count << "\n";
+  return exitStatusOf(count, form);
+}
+
+std::string partJsonLine(const FoundPart& part) {
+  nlohmann::ordered_json object;
+  object["text"] = Tagwright::replaceRawBytes(part.text);
+  object["start"] = positionJson(part.start);
+  object["end"] = positionJson(part.end);
+  return object.dump();
+}
+
+}  // namespace tagwright
