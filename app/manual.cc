@@ -36,13 +36,13 @@ std::vector<CLI::App*> commandsOf(CLI::App& app) {
 }
 
 std::string optionNames(CLI::App& command) {
-  std::string names = "--help";
+  std::string names;
   for (const CLI::Option* option : command.get_options()) {
     if (!option->nonpositional() || option->get_group().empty()) continue;
     for (const std::string& name : option->get_lnames()) names += " --" + name;
     for (const std::string& name : option->get_snames()) names += " -" + name;
   }
-  return names;
+  return names.substr(1);
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ std::string manPage(CLI::App& app) {
     std::string name = command->get_name();
     for (char& c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     page += ".SH \"TAGWRIGHT " + name + "\"\n";
-    page += preformatted(command->help());
+    page += preformatted(command->help(app.get_name()));
   }
   return page;
 }

@@ -10,6 +10,9 @@ install(TARGETS tagwright EXPORT TagwrightTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT devel
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS tagwright_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+install(FILES ${TAGWRIGHT_MAN_PAGE} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+install(FILES ${TAGWRIGHT_COMPLETION}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT runtime)
 install(FILES include/tagwright/tagwright.h include/tagwright/tagwright_c.h
               include/tagwright/site_context.h include/tagwright/export.h
               ${CMAKE_CURRENT_BINARY_DIR}/generated/include/tagwright/version.h

@@ -35,7 +35,8 @@ def run_cli(site, command, target, options):
     for name, value in options.items():
         arguments.append(f"--{name.replace('_', '-')}={value}")
     done = subprocess.run(arguments, capture_output=True, cwd=site)
-    match = re.fullmatch(rb"matches: (-?\d+)\n", done.stderr)
+    # A refused path may be explained on a line of its own before the count.
+    match = re.fullmatch(rb"(?:tagwright: [^\n]*\n)?matches: (-?\d+)\n", done.stderr)
     assert match, done.stderr
     return done.stdout, int(match.group(1))
 
