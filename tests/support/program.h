@@ -3,11 +3,15 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +26,12 @@ struct ProgramStart {
   std::string workingFolder = "";
   bool removeWorkingFolder = false;
   std::vector<std::string> environment = {};
+  // Given: standard input is a pipe that a process of its own fills with it.
+  std::optional<std::string> input = std::nullopt;
+  // Standard output is a terminal (raw, so that the bytes come as written).
+  bool terminal = false;
+  // Gets the peak memory of the program, in KiB.
+  long* peakKib = nullptr;
 };
 
 // Runs the `tagwright` program itself. The status is its exit status, or
@@ -29,11 +39,39 @@ struct ProgramStart {
 inline HostRun runProgram(const std::vector<std::string>& arguments,
                           const ProgramStart& start = {}) {
   int out[2], err[2];
-  if (::pipe2(out, O_CLOEXEC) != 0 || ::pipe2(err, O_CLOEXEC) != 0) return {-1, "", "pipe"};
+  if (::pipe2(err, O_CLOEXEC) != 0) return {-1, "", "pipe"};
+  if (start.terminal) {
+    termios raw;
+    ::cfmakeraw(&raw);
+    if (::openpty(&out[0], &out[1], nullptr, &raw, nullptr) != 0) return {-1, "", "openpty"};
+    ::fcntl(out[0], F_SETFD, FD_CLOEXEC);
+    ::fcntl(out[1], F_SETFD, FD_CLOEXEC);
+  } else if (::pipe2(out, O_CLOEXEC) != 0) {
+    return {-1, "", "pipe"};
+  }
   pid_t pid = ::fork();
   if (pid == 0) {
     ::dup2(out[1], 1);
     ::dup2(err[1], 2);
+    if (start.input) {
+      int in[2];
+      if (::pipe(in) != 0) ::_exit(126);
+      if (::fork() == 0) {
+        ::close(in[0]);
+        ::close(1);
+        ::close(2);
+        const std::string& bytes = *start.input;
+        for (std::size_t at = 0; at < bytes.size();) {
+          ssize_t n = ::write(in[1], bytes.data() + at, bytes.size() - at);
+          if (n <= 0) ::_exit(1);
+          at += static_cast<std::size_t>(n);
+        }
+        ::_exit(0);
+      }
+      ::close(in[1]);
+      ::dup2(in[0], 0);
+      ::close(in[0]);
+    }
     if (!start.workingFolder.empty()) {
       if (::chdir(start.workingFolder.c_str()) != 0) ::_exit(126);
       if (start.removeWorkingFolder && ::rmdir(start.workingFolder.c_str()) != 0) ::_exit(126);
@@ -58,6 +96,7 @@ inline HostRun runProgram(const std::vector<std::string>& arguments,
       if (fds[i].fd < 0 || fds[i].revents == 0) continue;
       char block[4096];
       ssize_t n = ::read(fds[i].fd, block, sizeof block);
+      // A terminal whose last writer is gone reads as an error, not an end.
       if (n > 0) {
         texts[i]->append(block, static_cast<std::size_t>(n));
       } else {
@@ -68,7 +107,9 @@ inline HostRun runProgram(const std::vector<std::string>& arguments,
     }
   }
   int status = 0;
-  ::waitpid(pid, &status, 0);
+  rusage usage{};
+  ::wait4(pid, &status, 0, &usage);
+  if (start.peakKib != nullptr) *start.peakKib = usage.ru_maxrss;
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return run;
 }

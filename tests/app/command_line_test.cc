@@ -1,0 +1,343 @@
+// The `tagwright` program as shell users drive it: the document from a pipe,
+// write --stdout and --dry-run, -e, --json-lines positions cut from the
+// file, the line end for a terminal, the refused path explained, and the
+// manual page and completion made from --help.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "platform/text.h"
+#include "support/program.h"
+#include "support/temp_folder.h"
+#include "tagwright/version.h"
+
+namespace tagwright {
+namespace {
+
+using Args = std::vector<std::string>;
+using std::string_literals::operator""s;
+
+// A page of `lines` lines, each ended by `lineEnd`, with a <p> on every
+// seventh line, non-ASCII text, a byte outside UTF-8 and, halfway, a
+// <div> that runs over many lines.
+std::string page(int lines, const std::string& lineEnd) {
+  std::string text = "<html><title>Café \xff</title>" + lineEnd;
+  for (int i = 1; i < lines; ++i) {
+    if (i == lines / 2) {
+      text += "<div class=\"long\">" + lineEnd;
+      for (int j = 0; j < 200; ++j) text += "filler «" + std::to_string(j) + "» text" + lineEnd;
+      text += "</div>" + lineEnd;
+    }
+    text += i % 7 == 0 ? "<p id=\"" + std::to_string(i) + "\">Grüße €" + std::to_string(i) +
+                             " \x80</p> tail <p>x</p>"
+                       : "line " + std::to_string(i) + " ödd";
+    text += lineEnd;
+  }
+  return text + "</html>";
+}
+
+// The site of one test: page.htm holds `bytes`.
+struct Site {
+  explicit Site(const std::string& bytes) { folder.write("page.htm", bytes); }
+  std::string path() const { return folder.host("page.htm"); }
+  TempFolder folder;
+};
+
+TEST(CommandLine, StandardInputAnswersAsTheFile) {
+  const struct {
+    std::string bytes;
+    Args options;
+  } cases[] = {
+      {page(40, "\r\n"), {"read", "--element-name", "p", "--content-type", "outerMarkup"}},
+      {page(40, "\n"), {"read", "--element-name", "div", "--line-ends=any", "--json"}},
+      {page(3000, "\r\n"), {"read", "--element-name", "p", "--content-type", "innerText"}},
+      {page(3000, "\n"), {"read", "--element-name", "p", "--count-instances", "3", "-e"}},
+      {"<meta name=\"a\" content=\"1\">\r\n<meta name=\"b\" content=\"2\">", {"meta"}},
+      {"", {"read", "-e"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.options));
+    Site site(c.bytes);
+    Args fromFile = c.options, fromPipe = c.options;
+    fromFile.insert(fromFile.begin() + 1, site.path());
+    fromPipe.insert(fromPipe.begin() + 1, "-");
+    HostRun file = runProgram(fromFile);
+    EXPECT_EQ(runProgram(fromPipe, {.input = c.bytes}), file);
+    EXPECT_EQ(runProgram(fromPipe, {.input = c.bytes}), runProgram(fromPipe, {.input = c.bytes}));
+  }
+}
+
+TEST(CommandLine, StandardInputTakesMemoryAsAFileDoes) {
+  Site site(page(400000, "\r\n"));  // about 7 MiB
+  const std::string bytes = *site.folder.read("page.htm");
+  long fileKib = 0, pipeKib = 0;
+  Args query = {"read", site.path(), "--element-name", "div", "--content-type", "innerText"};
+  HostRun file = runProgram(query, {.peakKib = &fileKib});
+  query[1] = "-";
+  HostRun pipe = runProgram(query, {.input = bytes, .peakKib = &pipeKib});
+  EXPECT_EQ(pipe, file);
+  EXPECT_EQ(file.err, "matches: 1\n");
+  // The page itself would add 7 MiB; a chunk reader adds its buffer alone.
+  EXPECT_LT(pipeKib, fileKib + 2048) << fileKib;
+}
+
+// Runs `write` once into the site's file and returns what it made.
+std::string realWrite(const std::string& bytes, const Args& options) {
+  Site site(bytes);
+  Args arguments = {"write", site.path()};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  HostRun run = runProgram(arguments);
+  EXPECT_EQ(run.status, 0) << run.err;
+  return *site.folder.read("page.htm");
+}
+
+const struct RewriteCase {
+  std::string bytes;
+  Args options;
+} kRewrites[] = {
+    {page(60, "\r\n"), {"--element-name", "p", "--count-instances", "0", "--new-content", "N"}},
+    {page(60, "\n"), {"--element-name", "div", "--line-ends=any", "--new-content", "a\nb"}},
+    {page(60, "\n"), {"--element-name", "title", "--new-content", "T"}},  // LF in crlf mode
+    {"<p>\xfe\xff</p>\r\n<p>é</p>", {"--element-name", "p", "--new-content", "\xc3"}},
+    {"<p>x</p>", {"--element-name", "p", "--new-content", "y\r\n"}},  // no final line end
+};
+
+TEST(CommandLine, WriteToStandardOutputLeavesTheDiskAlone) {
+  for (const RewriteCase& c : kRewrites) {
+    SCOPED_TRACE(testing::PrintToString(c.options));
+    const std::string expected = realWrite(c.bytes, c.options);
+    for (bool pipe : {false, true}) {
+      Site site(c.bytes);
+      Args arguments = {"write", pipe ? "-" : site.path(), "--stdout"};
+      arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+      HostRun run = runProgram(arguments, {.input = pipe ? std::optional(c.bytes) : std::nullopt});
+      EXPECT_EQ(run.status, 0) << run.err;
+      EXPECT_EQ(run.out, expected);
+      EXPECT_EQ(site.folder.names(), std::set<std::string>{"page.htm"});
+      EXPECT_EQ(site.folder.read("page.htm"), c.bytes);
+    }
+  }
+  // A failure leaves standard output empty: half a document is no document.
+  HostRun run = runProgram({"write", "-", "--stdout", "--element-name", "p", "--new-content", "x"},
+                           {.input = "<p>no end"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_TRUE(run.err.starts_with("ERROR: Found")) << run.err;
+}
+
+TEST(CommandLine, DryRunDiffPatchesToTheRewrite) {
+  for (const RewriteCase& c : kRewrites) {
+    SCOPED_TRACE(testing::PrintToString(c.options));
+    Site site(c.bytes);
+    Args arguments = {"write", site.path(), "--dry-run"};
+    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+    HostRun run = runProgram(arguments);
+    EXPECT_EQ(run.status, 1) << run.err;
+    EXPECT_EQ(site.folder.names(), std::set<std::string>{"page.htm"});
+    EXPECT_EQ(site.folder.read("page.htm"), c.bytes);
+    const std::string name = site.path().substr(1);
+    EXPECT_TRUE(run.out.starts_with("--- a/" + name + "\n+++ b/" + name + "\n")) << run.out;
+    site.folder.write("diff", run.out);
+    const std::string patch = "patch -s -p1 -d / <" + site.folder.host("diff");
+    ASSERT_EQ(std::system(patch.c_str()), 0);
+    EXPECT_EQ(site.folder.read("page.htm"), realWrite(c.bytes, c.options));
+  }
+  Site same("<p>x</p>\r\n");
+  const std::string missing = same.folder.host("none.htm");
+  const struct {
+    Args arguments;
+    HostRun want;
+  } statuses[] = {
+      {{"write", same.path(), "--dry-run", "--element-name", "p", "--new-content", "x"},
+       {0, "", "matches: 1\n"}},
+      {{"write", missing, "--dry-run", "--new-content", "x"},
+       {2, "",
+        "ERROR: Cannot open document file: '" + toUtf8(physicalPathOf(missing)) +
+            "'.\nmatches: -1\n"}},
+  };
+  for (const auto& c : statuses) EXPECT_EQ(runProgram(c.arguments), c.want);
+}
+
+TEST(CommandLine, ExitStatusAsGrepGivesIt) {
+  Site site("<p>a</p>\r\n<meta name=\"k\" content=\"v\">");
+  const std::string page = site.path(), folder = site.folder.host();
+  const struct {
+    Args arguments;
+    int status;
+  } cases[] = {
+      {{"read", page, "--element-name", "h1"}, 0},
+      {{"read", page, "--element-name", "h1", "-e"}, 1},
+      {{"read", page, "--element-name=p", "--exit-status"}, 0},
+      {{"read", page, "--element-name", "p", "--start-instance", "0", "-e"}, 1},
+      {{"meta", page, "--meta-name", "q", "-e"}, 1},
+      {{"list", folder, "--pattern", "*.xml", "-e"}, 1},
+      {{"list", folder, "--pattern=*.htm", "-e"}, 0},
+      {{"write", page, "--element-name", "h1", "--new-content", "x", "-e"}, 1},
+      {{"read", page, "--json", "--json-lines"}, 2},
+      {{"write", "-", "--new-content", "x"}, 2},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(runProgram(c.arguments).status, c.status) << testing::PrintToString(c.arguments);
+  }
+}
+
+// The line and the column (from 1, in characters) of byte `offset` of
+// `bytes`, counted afresh: CR LF and CR end a line, and LF alone with `anyLf`.
+std::pair<std::uint64_t, std::uint64_t> lineAndColumn(const std::string& bytes, std::size_t offset,
+                                                      bool anyLf) {
+  std::uint64_t line = 1;
+  std::size_t lineStart = 0;
+  for (std::size_t i = 0; i < offset; ++i) {
+    const bool crEnds = bytes[i] == '\r' && (i + 1 >= bytes.size() || bytes[i + 1] != '\n');
+    const bool lfEnds = bytes[i] == '\n' && (anyLf || (i > 0 && bytes[i - 1] == '\r'));
+    if (crEnds || lfEnds) {
+      line += 1;
+      lineStart = i + 1;
+    }
+  }
+  return {line, 1 + decodedLength(std::string_view(bytes).substr(lineStart, offset - lineStart))};
+}
+
+TEST(CommandLine, JsonLinesPositionsCutTheFile) {
+  const struct {
+    std::string bytes;
+    Args options;
+    int parts;
+  } cases[] = {
+      {page(700, "\r\n"), {"--element-name", "p", "--content-type", "outerMarkup"}, 198},
+      {page(700, "\r\n"), {"--element-name", "div"}, 1},
+      {page(700, "\n"), {"--element-name", "p", "--line-ends=any"}, 198},
+      {page(700, "\n"),
+       {"--element-name", "div", "--content-type=outerMarkup", "--line-ends", "any"},
+       1},
+      {"a\n\xff<p>\xe9\rb</p>\r\n<p></p>", {"--element-name", "p", "--line-ends=any"}, 2},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.options));
+    Site site(c.bytes);
+    const bool anyLf =
+        std::find(c.options.begin(), c.options.end(), "any") != c.options.end() ||
+        std::find(c.options.begin(), c.options.end(), "--line-ends=any") != c.options.end();
+    Args arguments = {"read", site.path(), "--json-lines"};
+    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+    HostRun run = runProgram(arguments);
+    EXPECT_EQ(run.err, "matches: " + std::to_string(c.parts) + "\n");
+    std::istringstream lines(run.out);
+    int parts = 0;
+    for (std::string line; std::getline(lines, line); ++parts) {
+      nlohmann::json part = nlohmann::json::parse(line);
+      const std::size_t start = part["start"]["byte"], end = part["end"]["byte"];
+      ASSERT_LE(start, end);
+      ASSERT_LE(end, c.bytes.size());
+      EXPECT_EQ(part["text"], Tagwright::replaceRawBytes(c.bytes.substr(start, end - start)));
+      for (const char* edge : {"start", "end"}) {
+        auto [lineNumber, column] = lineAndColumn(c.bytes, part[edge]["byte"], anyLf);
+        EXPECT_EQ(part[edge]["line"], lineNumber) << edge << " " << line;
+        EXPECT_EQ(part[edge]["column"], column) << edge << " " << line;
+      }
+    }
+    EXPECT_EQ(parts, c.parts);
+  }
+  // The plain text of a part comes with the stretch it was made from.
+  Site site("<p>\r\n<b>é</b> x</p>");
+  HostRun run = runProgram({"read", site.path(), "--json-lines", "--content-type", "innerText"});
+  EXPECT_EQ(run.out,
+            "{\"text\":\"é x\",\"start\":{\"byte\":3,\"line\":1,\"column\":4},"
+            "\"end\":{\"byte\":16,\"line\":2,\"column\":11}}\n");
+}
+
+TEST(CommandLine, BareOutputEndsItsLineOnATerminalOnly) {
+  Site site("<p>a</p>\r\n<p>b</p>");
+  const struct {
+    Args arguments;
+    std::string pipe;
+    std::string terminal;
+  } cases[] = {
+      {{"read", site.path(), "--element-name", "p", "--separator", ","}, "a,b", "a,b\n"},
+      {{"read", site.path(), "--element-name", "h1"}, "", ""},
+      {{"read", site.path(), "--element-name", "p", "--json"},
+       "{\"result\":\"a\\u0000b\",\"matchesFound\":2}\n",
+       "{\"result\":\"a\\u0000b\",\"matchesFound\":2}\n"},
+      {{"--version"}, "tagwright " TAGWRIGHT_VERSION "\n", "tagwright " TAGWRIGHT_VERSION "\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.arguments));
+    EXPECT_EQ(runProgram(c.arguments).out, c.pipe);
+    EXPECT_EQ(runProgram(c.arguments, {.terminal = true}).out, c.terminal);
+  }
+}
+
+TEST(CommandLine, RefusedPathIsExplained) {
+  TempFolder outside;
+  Site site("<p>x</p>");
+  site.folder.write("sub/in.htm", "<p>y</p>");
+  std::filesystem::create_symlink(outside.host(), site.folder.host("sub/out"));
+  const std::string sub = site.folder.host("sub");
+  const struct {
+    Args arguments;
+    std::string cause;
+    std::string workingFolder = "";
+  } cases[] = {
+      {{"read", "/../page.htm", "--root", sub}, "a \"..\" climbs above the root"},
+      {{"read", "/a/../../page.htm", "--root", sub}, "a \"..\" climbs above the root"},
+      {{"read", "page.htm", "--root", sub},
+       "the working folder " + site.folder.host().substr(0, site.folder.host().size() - 1) +
+           " lies outside the root",
+       site.folder.host()},
+      {{"read", "/out/x.htm", "--root", sub},
+       "its target, links followed, is " + outside.host() + "x.htm"},
+      {{"write", "/../page.htm", "--root", sub, "--new-content", "z"},
+       "a \"..\" climbs above the root"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.arguments));
+    HostRun run = runProgram(c.arguments, {.workingFolder = c.workingFolder});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "ERROR: Unidentified Error while validating parameters.");
+    EXPECT_NE(run.err.find(", root " + sub + ": " + c.cause), std::string::npos) << run.err;
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 2) << run.err;
+  }
+  EXPECT_EQ(runProgram({"read", "/sub/in.htm", "--root", site.folder.host()}).err, "matches: 1\n");
+}
+
+TEST(CommandLine, ManualAndCompletionFollowTheHelp) {
+  TempFolder work;
+  work.write("tagwright.1", runProgram({"--help-man"}).out);
+  work.write("tagwright.bash", runProgram({"--completion-bash"}).out);
+  const std::string manual = work.host("manual");
+  ASSERT_EQ(std::system(
+                ("MANWIDTH=300 man -l " + work.host("tagwright.1") + " >" + manual + " 2>/dev/null")
+                    .c_str()),
+            0);
+  const std::string shown = *work.read("manual");
+  for (const char* command : {"", "read", "write", "meta", "list", "serve"}) {
+    HostRun help = runProgram(*command ? Args{command, "--help"} : Args{"--help"});
+    EXPECT_NE(help.out.find("Usage: tagwright "s + command), std::string::npos);
+    std::istringstream lines(help.out);
+    for (std::string line; std::getline(lines, line);) {
+      EXPECT_NE(shown.find(line), std::string::npos) << line;
+    }
+  }
+  const struct {
+    std::string words;
+    std::string offered;
+  } completions[] = {
+      {"tagwright wr", "write"},
+      {"tagwright read x --content-type inner", "innerMarkup innerText"},
+      {"tagwright read x --element-name '#c'", "#comment"},
+      {"tagwright write x --dr", "--dry-run"},
+      {"tagwright read x --json-", "--json-lines"},
+  };
+  for (const auto& c : completions) {
+    const std::string script = "source " + work.host("tagwright.bash") + "; COMP_WORDS=(" +
+                               c.words + "); COMP_CWORD=$((${#COMP_WORDS[@]}-1)); _tagwright; " +
+                               "echo \"${COMPREPLY[*]}\" >" + work.host("offered");
+    work.write("script", script);
+    ASSERT_EQ(std::system(("bash " + work.host("script")).c_str()), 0);
+    EXPECT_EQ(work.read("offered"), c.offered + "\n") << c.words;
+  }
+}
+
+}  // namespace
+}  // namespace tagwright
