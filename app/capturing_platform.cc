@@ -7,12 +7,12 @@ void CapturingPlatform::openForOutput(Int16 fileNumber, TextView) {
   // numbers, by a file that swallows what nobody writes to it.
   base_.openForOutput(fileNumber, U"\\dev\\null");
   capturedNumber_ = fileNumber;
-  captured_.clear();
+  failed_ = !captured_.clear();
 }
 
 void CapturingPlatform::writeBytes(Int16 fileNumber, std::string_view bytes) {
   if (isCaptured(fileNumber)) {
-    captured_.append(bytes);
+    if (!captured_.append(bytes)) failed_ = true;
   } else {
     base_.writeBytes(fileNumber, bytes);
   }

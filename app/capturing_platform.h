@@ -5,22 +5,25 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "temporary_file.h"
 
 namespace tagwright {
 
 // A platform for a rewrite that must leave the disk as it is (write --stdout,
 // --dry-run): the new document that the rewrite writes to its temporary file
-// is kept in memory instead, and the steps that would put it in place or
-// tidy the folder (sync, rename, link, delete, copy of attributes) do
-// nothing. Everything else, the reading of the document above all, is the
-// wrapped platform's.
+// goes to a private file aside instead (memory stays that of a rewrite), and the steps that would
+// put it in place or tidy the folder (sync, rename, link, delete, copy of attributes) do nothing.
+// Everything else, the reading of the document above all, is the wrapped platform's.
 class CapturingPlatform : public Platform {
  public:
   explicit CapturingPlatform(Platform& base) : base_(base) {}
 
-  // The bytes written to the last file opened for output: after a rewrite
-  // that succeeded, the whole new document.
-  const std::string& captured() const { return captured_; }
+  // What was written to the last file opened for output: after a rewrite
+  // that succeeded, the whole new document, unless keepingFailed().
+  const TemporaryFile& captured() const { return captured_; }
+  // The new document could not be kept whole (the temporary folder is full,
+  // say); nothing on disk changed either way.
+  bool keepingFailed() const { return failed_; }
 
   Int16 nextFreeFileNumber() override { return base_.nextFreeFileNumber(); }
   void openForInput(Int16 fileNumber, TextView path) override {
@@ -66,7 +69,8 @@ class CapturingPlatform : public Platform {
 
   Platform& base_;
   std::optional<Int16> capturedNumber_;
-  std::string captured_;
+  TemporaryFile captured_;
+  bool failed_ = false;
 };
 
 }  // namespace tagwright

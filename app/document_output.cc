@@ -57,12 +57,14 @@ int printWriteAnswer(int count, const std::string& errorResult, const OutputForm
   return exitStatusOf(count, form);
 }
 
-int printNewDocument(int count, const std::string& errorResult, const std::string& newDocument,
+int printNewDocument(int count, const std::string& errorResult, const TemporaryFile& newDocument,
                      const OutputForm& form, std::ostream& out, std::ostream& err) {
   if (count == -1) {
     err << errorResult << "\n";
+  } else if (!newDocument.copyTo(out)) {
+    err << "tagwright: cannot read back the new document from " << newDocument.path() << "\n";
+    return 2;
   } else {
-    out << newDocument;
     out.flush();
   }
   err << "matches: " << count << "\n";

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tagwright/tagwright.h"
+#include "temporary_file.h"
 
 namespace tagwright {
 
@@ -34,7 +35,7 @@ int printWriteAnswer(int count, const std::string& errorResult, const OutputForm
 
 // Prints a write whose new document goes to `out` instead of the disk, and
 // nothing else there: `matches: N`, or the failure, go to `err`.
-int printNewDocument(int count, const std::string& errorResult, const std::string& newDocument,
+int printNewDocument(int count, const std::string& errorResult, const TemporaryFile& newDocument,
                      const OutputForm& form, std::ostream& out, std::ostream& err);
 
 // One part as a JSON line without its line end:

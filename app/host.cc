@@ -227,13 +227,18 @@ int runWrite(Tagwright& instance, const CommandLine& line, const std::string& do
       orDefault(line.separator, ""), &errorResult);
   explainRefusal(errorResult, document, context, instance, err);
   if (line.target != kStandardInput) hintAtLineEnds(errorResult, instance, document, err);
+  if (capture != nullptr && count != -1 && capture->keepingFailed()) {
+    err << "tagwright: cannot keep the new document in " << capture->captured().path()
+        << "; nothing was changed\n";
+    return 2;
+  }
   if (line.toStdout) {
     return printNewDocument(count, errorResult, capture->captured(), form, out, err);
   }
   if (line.dryRun) {
     err << (count == -1 ? errorResult + "\n" : "") << "matches: " << count << "\n";
     if (count == -1) return 2;
-    return printUnifiedDiff(instance.hostPathOf(document), capture->captured(),
+    return printUnifiedDiff(instance.hostPathOf(document), capture->captured().path(),
                             diffName(line.target), out, err);
   }
   return printWriteAnswer(count, errorResult, form, out, err);
