@@ -47,7 +47,10 @@ int printTextAnswer(const std::string& result, int matches, const OutputForm& fo
 
 int printWriteAnswer(int count, const std::string& errorResult, const OutputForm& form,
                      std::ostream& out, std::ostream& err) {
-  if (form.json) {
+  if (form.jsonLines) {
+    if (count == -1) err << errorResult << "\n";
+    err << "matches: " << count << "\n";
+  } else if (form.json) {
     out << writeAnswerJson(count, errorResult) << "\n";
   } else {
     printBare(errorResult, form, out);

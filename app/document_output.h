@@ -28,8 +28,8 @@ int printTextAnswer(const std::string& result, int matches, const OutputForm& fo
                     std::ostream& out, std::ostream& err);
 
 // Prints the answer of a write that replaced the document: its former texts
-// or the failure (or the JSON object), and `matches: N`. Returns the exit
-// status.
+// or the failure (or the JSON object), and `matches: N`; with jsonLines the
+// former parts went out already. Returns the exit status.
 int printWriteAnswer(int count, const std::string& errorResult, const OutputForm& form,
                      std::ostream& out, std::ostream& err);
 

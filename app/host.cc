@@ -40,7 +40,10 @@ constexpr const char* kSettingsHelp =
     "any other is virtual: one that begins with \"/\" is taken from --root\n"
     "(default /), any other from the working folder, which must lie inside it;\n"
     "a virtual path whose target, links followed, lies outside --root is refused.\n"
-    "A write waits for any other write of the same document to finish.";
+    "A write waits for any other write of the same document to finish.\n"
+    "Exit status: 0 success, 1 a failure the component reported (or, with -e, nothing\n"
+    "found; with --dry-run, a diff that is not empty), 2 a command line that cannot be\n"
+    "run (or a failed --dry-run).";
 
 // The values of one command line; an option left out stays empty here and
 // the operation's default applies.
@@ -133,6 +136,13 @@ void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
   addLineEnds(command, line);
 }
 
+void addJsonLines(CLI::App* command, CommandLine& line) {
+  command->add_flag("--json-lines", line.jsonLines,
+                    "print one JSON object per part, as found: its text and where it starts and "
+                    "ends in the document ({\"byte\", \"line\", \"column\"}: byte from 0, line "
+                    "and column from 1, columns in characters)");
+}
+
 // Options of `write` beyond replacing the document.
 void addWriteForms(CLI::App* write, CommandLine& line) {
   auto* toStdout = write->add_flag(
@@ -172,15 +182,15 @@ std::optional<std::string> readNewContent(const CommandLine& line, std::istream&
 // The checks of the new options that CLI11 cannot express.
 void checkOutputForms(const CommandLine& line, CLI::App* read, CLI::App* write) {
   const bool fromStandardInput = line.target == kStandardInput;
-  if (line.jsonLines && !read->parsed())
-    throw CLI::ValidationError("--json-lines", "only read prints one object per part");
+  if (line.jsonLines && !read->parsed() && !write->parsed())
+    throw CLI::ValidationError("--json-lines", "only read and write print one object per part");
   if (line.jsonLines && line.json)
     throw CLI::ValidationError("--json-lines", "choose --json or --json-lines");
   if (!write->parsed()) return;
-  if ((line.toStdout || line.dryRun) && line.json)
+  if ((line.toStdout || line.dryRun) && (line.json || line.jsonLines))
     throw CLI::ValidationError("--json", "--stdout and --dry-run print no JSON");
   if (fromStandardInput && !line.toStdout)
-    throw CLI::ValidationError("DOCUMENT", "a write of standard input (-) needs --stdout");
+    throw CLI::ValidationError("DOCUMENT", "standard input (-) is written with --stdout only");
   if (fromStandardInput && line.newContentFile == std::optional<std::string>(kStandardInput))
     throw CLI::ValidationError("--new-content-file", "standard input holds the document");
 }
@@ -209,6 +219,10 @@ std::string diffName(const std::string& document) {
   return first == std::string::npos ? document : document.substr(first);
 }
 
+void printPartsAsFound(Tagwright& instance, std::ostream& out) {
+  instance.observeParts([&out](const FoundPart& part) { out << partJsonLine(part) << "\n"; });
+}
+
 // Runs one write of the command line on `instance`. With --stdout or
 // --dry-run `capture` holds the new document instead of the disk.
 int runWrite(Tagwright& instance, const CommandLine& line, const std::string& document,
@@ -217,8 +231,10 @@ int runWrite(Tagwright& instance, const CommandLine& line, const std::string& do
   std::optional<std::string> newContent = readNewContent(line, in, err);
   if (!newContent) return 2;
   std::string errorResult;
-  // A write that replaces nothing needs no turn.
-  std::unique_ptr<FileLock> lock = capture ? nullptr : instance.lockForRewrite(document);
+  if (line.jsonLines) printPartsAsFound(instance, out);
+  // A dry run takes its turn too, so that its diff starts from the document
+  // that it rewrote; --stdout reads the document once and needs none.
+  std::unique_ptr<FileLock> lock = line.toStdout ? nullptr : instance.lockForRewrite(document);
   int count = instance.writeXPointer(
       *newContent, document, orDefault(line.elementName, "#element"),
       orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
@@ -264,10 +280,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   addLocate(read, line, "0");
   addText(read, "--string-function", line.stringFunction,
           "occurrence,search,offset,length: a piece of each part's plain text (default none)");
-  read->add_flag("--json-lines", line.jsonLines,
-                 "print one JSON object per part, as found: its text and where it starts and "
-                 "ends ({\"byte\", \"line\", \"column\"}: byte from 0, line and column from 1, "
-                 "columns in characters)");
+  addJsonLines(read, line);
   addCommon(read, line);
 
   CLI::App* write = app.add_subcommand(
@@ -284,6 +297,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   content->excludes(contentFile);
   addLocate(write, line, "1");
   addWriteForms(write, line);
+  addJsonLines(write, line);
   addCommon(write, line);
 
   CLI::App* meta = app.add_subcommand("meta", "print the name and content pairs of <meta> tags");

@@ -74,8 +74,8 @@ struct TextPosition {
   std::uint64_t column = 1;
 };
 
-// One part that readXPointer returns: its text as it stands in the result,
-// and the stretch of the document it was made from, `start` at its first
+// One part that readXPointer returns (or writeXPointer replaces): its text as
+// it stands in the result, and the stretch of the document it was made from, `start` at its first
 // character and `end` behind its last. For inner and outer markup the
 // document's bytes from start.byte up to end.byte are the text; for inner
 // text and the functions they are what the text was made from.
@@ -123,8 +123,10 @@ class TAGWRIGHT_EXPORT Tagwright {
   std::unique_ptr<FileLock> lockForRewrite(const std::string& DocumentName);
 
   // For hosts that show each part apart: every part that a later
-  // readXPointer takes is also handed to `observer`, in document order, as
-  // it is found. An empty observer stops it; positions cost nothing then.
+  // readXPointer takes, or writeXPointer replaces, is also handed to
+  // `observer`, in document order, as it is found; the positions of a write
+  // are those of the former document. An empty observer stops it; positions
+  // cost nothing then.
   //   tw.observeParts([](const FoundPart& p) { std::cout << p.start.line; });
   void observeParts(std::function<void(const FoundPart&)> observer) {
     partObserver_ = std::move(observer);

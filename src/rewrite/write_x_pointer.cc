@@ -20,9 +20,10 @@ int Tagwright::writeXPointer(const std::string& NewContent, const std::string& D
     resultSeparator = trimmedParameter(ResultSeparatorChars);
     std::string scanResult;
     Int16 localMatches = 0;
-    Text message = locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite},
-                                 bufferLength, lineEndMode, query, resultSeparator, true,
-                                 newContent, scanResult, localMatches);
+    Text message =
+        locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite}, bufferLength,
+                      lineEndMode, query, resultSeparator, true, newContent, scanResult,
+                      localMatches, partObserver_ ? &partObserver_ : nullptr);
     if (message.empty()) {
       count = localMatches.value();
       errorResult = std::move(scanResult);

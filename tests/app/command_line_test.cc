@@ -204,6 +204,7 @@ TEST(CommandLine, JsonLinesPositionsCutTheFile) {
     std::string bytes;
     Args options;
     int parts;
+    std::string command = "read";
   } cases[] = {
       {page(700, "\r\n"), {"--element-name", "p", "--content-type", "outerMarkup"}, 198},
       {page(700, "\r\n"), {"--element-name", "div"}, 1},
@@ -212,6 +213,11 @@ TEST(CommandLine, JsonLinesPositionsCutTheFile) {
        {"--element-name", "div", "--content-type=outerMarkup", "--line-ends", "any"},
        1},
       {"a\n\xff<p>\xe9\rb</p>\r\n<p></p>", {"--element-name", "p", "--line-ends=any"}, 2},
+      // A write tells where the parts it replaced stood.
+      {page(700, "\r\n"),
+       {"--element-name", "p", "--count-instances", "0", "--new-content", "N"},
+       198,
+       "write"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.options));
@@ -219,7 +225,7 @@ TEST(CommandLine, JsonLinesPositionsCutTheFile) {
     const bool anyLf =
         std::find(c.options.begin(), c.options.end(), "any") != c.options.end() ||
         std::find(c.options.begin(), c.options.end(), "--line-ends=any") != c.options.end();
-    Args arguments = {"read", site.path(), "--json-lines"};
+    Args arguments = {c.command, site.path(), "--json-lines"};
     arguments.insert(arguments.end(), c.options.begin(), c.options.end());
     HostRun run = runProgram(arguments);
     EXPECT_EQ(run.err, "matches: " + std::to_string(c.parts) + "\n");
