@@ -33,14 +33,20 @@ bool climbsAbove(const fs::path& base, const fs::path& relative, const fs::path&
 
 void explainRefusal(const std::string& answer, const std::string& document,
                     const ContextSetting& context, const Tagwright& instance, std::ostream& err) {
-  if (answer != "ERROR: Unidentified Error while validating parameters." || !context.present) {
-    return;
-  }
   const std::size_t first = document.find_first_not_of(' ');
   if (first == std::string::npos) return;
   const std::string name = document.substr(first, document.find_last_not_of(' ') + 1 - first);
   if (name.find_first_of("\\:") != std::string::npos) return;  // physical: no context involved
-  if (!instance.hostPathOf(name).empty()) return;              // mapped: refused elsewhere
+  if (answer == "ERROR: Virtual file paths can only be used when running in ASP." &&
+      !context.present) {
+    err << "tagwright: " << name << " is a virtual path, and --no-context runs without the page "
+        << "context that maps it (a physical path holds \"\\\" or \":\")\n";
+    return;
+  }
+  if (answer != "ERROR: Unidentified Error while validating parameters." || !context.present) {
+    return;
+  }
+  if (!instance.hostPathOf(name).empty()) return;  // mapped: refused elsewhere
 
   const bool fromRoot = name.starts_with("/");
   const fs::path root =
@@ -50,7 +56,8 @@ void explainRefusal(const std::string& answer, const std::string& document,
   const fs::path relative = fs::path(name).relative_path();
   std::string rule;
   if (context.workingFolder.empty() && (!fromRoot || !context.root.starts_with("/"))) {
-    err << "tagwright: " << name << " cannot be mapped: the working folder is gone, and "
+    err << "tagwright: " << name << " cannot be mapped, root " << context.root
+        << ": the working folder is gone, and "
         << (fromRoot ? "the root" : "a path without a leading \"/\"") << " is taken from it\n";
     return;
   }

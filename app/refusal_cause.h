@@ -19,7 +19,8 @@ struct ContextSetting {
 // When `answer` is the component's failure that names no cause and the page
 // context of `instance` refuses the virtual path `document`, adds one line on `err` with
 // what the host can see of it: the path as mapped, the root, and the rule
-// that refused it. Prints nothing for any other answer.
+// that refused it. Without a page context, says that a virtual path needs
+// one. Prints nothing for any other answer.
 void explainRefusal(const std::string& answer, const std::string& document,
                     const ContextSetting& context, const Tagwright& instance, std::ostream& err);
 

@@ -279,11 +279,13 @@ TEST(CommandLine, RefusedPathIsExplained) {
   Site site("<p>x</p>");
   site.folder.write("sub/in.htm", "<p>y</p>");
   std::filesystem::create_symlink(outside.host(), site.folder.host("sub/out"));
+  std::filesystem::create_directory(site.folder.host("sub/gone"));
   const std::string sub = site.folder.host("sub");
   const struct {
     Args arguments;
     std::string cause;
     std::string workingFolder = "";
+    int status = 1;
   } cases[] = {
       {{"read", "/../page.htm", "--root", sub}, "a \"..\" climbs above the root"},
       {{"read", "/a/../../page.htm", "--root", sub}, "a \"..\" climbs above the root"},
@@ -295,16 +297,24 @@ TEST(CommandLine, RefusedPathIsExplained) {
        "its target, links followed, is " + outside.host() + "x.htm"},
       {{"write", "/../page.htm", "--root", sub, "--new-content", "z"},
        "a \"..\" climbs above the root"},
+      {{"read", "in.htm", "--root", sub},
+       "the working folder is gone, and a path without a leading \"/\" is taken from it",
+       site.folder.host("sub/gone")},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.arguments));
-    HostRun run = runProgram(c.arguments, {.workingFolder = c.workingFolder});
+    HostRun run =
+        runProgram(c.arguments, {.workingFolder = c.workingFolder,
+                                 .removeWorkingFolder = c.workingFolder.ends_with("gone")});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "ERROR: Unidentified Error while validating parameters.");
     EXPECT_NE(run.err.find(", root " + sub + ": " + c.cause), std::string::npos) << run.err;
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 2) << run.err;
   }
   EXPECT_EQ(runProgram({"read", "/sub/in.htm", "--root", site.folder.host()}).err, "matches: 1\n");
+  EXPECT_EQ(runProgram({"read", "in.htm", "--no-context"}).err,
+            "tagwright: in.htm is a virtual path, and --no-context runs without the page context "
+            "that maps it (a physical path holds \"\\\" or \":\")\nmatches: -1\n");
 }
 
 TEST(CommandLine, ManualAndCompletionFollowTheHelp) {
