@@ -11,17 +11,16 @@
 #include <sstream>
 
 #include "capturing_platform.h"
+#include "command_line.h"
 #include "document_output.h"
-#include "json_answer.h"
+#include "document_run.h"
 #include "manual.h"
-#include "plain_file.h"
 #include "platform/platform.h"
 #include "refusal_cause.h"
 #include "serve/serve_command.h"
 #include "tagwright/site_context.h"
 #include "tagwright/tagwright.h"
 #include "tagwright/version.h"
-#include "unified_diff.h"
 
 namespace tagwright {
 namespace {
@@ -44,29 +43,6 @@ constexpr const char* kSettingsHelp =
     "Exit status: 0 success, 1 a failure the component reported (or, with -e, nothing\n"
     "found; with --dry-run, a diff that is not empty), 2 a command line that cannot be\n"
     "run (or a failed --dry-run).";
-
-// The values of one command line; an option left out stays empty here and
-// the operation's default applies.
-struct CommandLine {
-  std::string target;
-  std::optional<std::string> elementName, attributeName, attributeValue, contentType;
-  std::optional<std::string> spanFunction, stringFunction, separator;
-  std::optional<std::string> newContent, newContentFile;
-  std::optional<std::string> metaName, equals, pattern;
-  std::optional<int> startInstance, countInstances;
-  std::optional<std::string> lineEnds;
-  std::string root = "/";
-  bool noContext = false;
-  bool followLinksOut = false;
-  bool json = false;
-  bool jsonLines = false;
-  bool exitStatus = false;
-  bool toStdout = false;
-  bool dryRun = false;
-};
-
-// The document name that stands for standard input.
-constexpr const char* kStandardInput = "-";
 
 void addText(CLI::App* command, const std::string& name, std::optional<std::string>& value,
              const std::string& help) {
@@ -91,26 +67,6 @@ void addLineEnds(CLI::App* command, CommandLine& line) {
                    "line too, and a rewrite keeps every line's own end (default: the "
                    "LineEnds setting, else crlf)")
       ->check(CLI::IsMember({"crlf", "any"}));
-}
-
-// Leads a user whose page overflowed to the mode that reads its LF line ends.
-void hintAtLineEnds(const std::string& answer, const Tagwright& instance,
-                    const std::string& document, std::ostream& err) {
-  if (answer != "ERROR: Overflow." || instance.lineEnds() != LineEnds::kCrLf) return;
-  const std::string path = instance.hostPathOf(document);
-  if (path.empty()) return;  // a path the instance could not have opened either
-  std::ifstream file(path, std::ios::binary);
-  char block[64 * 1024];
-  char previous = '\0';
-  while (file.read(block, sizeof block) || file.gcount() > 0) {
-    for (std::streamsize i = 0; i < file.gcount(); previous = block[i++]) {
-      if (block[i] == '\n' && previous != '\r') {
-        err << "tagwright: the page has LF line ends, which --line-ends=any (or LineEnds=any in "
-               "the settings) reads as line ends\n";
-        return;
-      }
-    }
-  }
 }
 
 void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
@@ -157,28 +113,6 @@ void addWriteForms(CLI::App* write, CommandLine& line) {
   toStdout->excludes(dryRun);
 }
 
-std::int16_t numberOr(const std::optional<int>& value, int fallback) {
-  return static_cast<std::int16_t>(value.value_or(fallback));
-}
-
-std::string orDefault(const std::optional<std::string>& value, const char* fallback) {
-  return value ? *value : fallback;
-}
-
-std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
-                                          std::ostream& err) {
-  if (line.newContent) return line.newContent;
-  if (*line.newContentFile == "-") {
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  }
-  std::optional<std::string> bytes = readPlainFile(*line.newContentFile);
-  if (!bytes) {
-    err << "tagwright: cannot read --new-content-file " << *line.newContentFile
-        << " (it must be a plain file)\n";
-  }
-  return bytes;
-}
-
 // The checks of the new options that CLI11 cannot express.
 void checkOutputForms(const CommandLine& line, CLI::App* read, CLI::App* write) {
   const bool fromStandardInput = line.target == kStandardInput;
@@ -211,53 +145,6 @@ std::string mappedPath(const std::string& name, const ContextSetting& context) {
   } catch (const std::exception&) {
     return {};  // settings that the instance proper will report
   }
-}
-
-// A document name without leading "/", for the diff's a/NAME and b/NAME.
-std::string diffName(const std::string& document) {
-  const std::size_t first = document.find_first_not_of('/');
-  return first == std::string::npos ? document : document.substr(first);
-}
-
-void printPartsAsFound(Tagwright& instance, std::ostream& out) {
-  instance.observeParts([&out](const FoundPart& part) { out << partJsonLine(part) << "\n"; });
-}
-
-// Runs one write of the command line on `instance`. With --stdout or
-// --dry-run `capture` holds the new document instead of the disk.
-int runWrite(Tagwright& instance, const CommandLine& line, const std::string& document,
-             const ContextSetting& context, const CapturingPlatform* capture,
-             const OutputForm& form, std::istream& in, std::ostream& out, std::ostream& err) {
-  std::optional<std::string> newContent = readNewContent(line, in, err);
-  if (!newContent) return 2;
-  std::string errorResult;
-  if (line.jsonLines) printPartsAsFound(instance, out);
-  // A dry run takes its turn too, so that its diff starts from the document
-  // that it rewrote; --stdout reads the document once and needs none.
-  std::unique_ptr<FileLock> lock = line.toStdout ? nullptr : instance.lockForRewrite(document);
-  int count = instance.writeXPointer(
-      *newContent, document, orDefault(line.elementName, "#element"),
-      orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
-      numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
-      orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
-      orDefault(line.separator, ""), &errorResult);
-  explainRefusal(errorResult, document, context, instance, err);
-  if (line.target != kStandardInput) hintAtLineEnds(errorResult, instance, document, err);
-  if (capture != nullptr && count != -1 && capture->keepingFailed()) {
-    err << "tagwright: cannot keep the new document in " << capture->captured().path()
-        << "; nothing was changed\n";
-    return 2;
-  }
-  if (line.toStdout) {
-    return printNewDocument(count, errorResult, capture->captured(), form, out, err);
-  }
-  if (line.dryRun) {
-    err << (count == -1 ? errorResult + "\n" : "") << "matches: " << count << "\n";
-    if (count == -1) return 2;
-    return printUnifiedDiff(instance.hostPathOf(document), capture->captured().path(),
-                            diffName(line.target), out, err);
-  }
-  return printWriteAnswer(count, errorResult, form, out, err);
 }
 
 }  // namespace
@@ -398,36 +285,14 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   if (line.lineEnds)
     instance->setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
 
-  OutputForm form{line.json, line.jsonLines, line.exitStatus, outputIsTerminal};
-  int matches = 0;
-  std::string result;
-  if (read->parsed()) {
-    if (line.jsonLines) {
-      instance->observeParts([&out](const FoundPart& part) { out << partJsonLine(part) << "\n"; });
-    }
-    result = instance->readXPointer(
-        document, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
-        orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
-        numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
-        orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
-        orDefault(line.separator, ""), &matches);
-  } else if (meta->parsed()) {
-    result = instance->readMetaContent(
-        document, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
-        numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
-        orDefault(line.separator, ""), &matches);
-  } else if (list->parsed()) {
-    result = instance->fileListing(line.target, orDefault(line.pattern, "*.*"),
-                                   orDefault(line.separator, ""), &matches);
-    return printTextAnswer(result, matches, form, out, err);
-  } else {
-    const int status = runWrite(*instance, line, document, context, capture ? &*capture : nullptr,
-                                form, in, out, err);
-    return status;
-  }
-  explainRefusal(result, document, context, *instance, err);
-  if (!fromStandardInput) hintAtLineEnds(result, *instance, document, err);
-  return printTextAnswer(result, matches, form, out, err);
+  DocumentRun run{context,
+                  capture ? &*capture : nullptr,
+                  {line.json, line.jsonLines, line.exitStatus, outputIsTerminal}};
+  const Operation operation = read->parsed()   ? Operation::kRead
+                              : meta->parsed() ? Operation::kMeta
+                              : list->parsed() ? Operation::kList
+                                               : Operation::kWrite;
+  return runOnDocument(*instance, line, operation, document, run, in, out, err);
 }
 
 }  // namespace tagwright

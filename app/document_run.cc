@@ -1,0 +1,137 @@
+#include "document_run.h"
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <ostream>
+
+#include "plain_file.h"
+#include "unified_diff.h"
+
+namespace tagwright {
+namespace {
+
+// Leads a user whose page overflowed to the mode that reads its LF line ends.
+void hintAtLineEnds(const std::string& answer, const Tagwright& instance,
+                    const std::string& document, std::ostream& err) {
+  if (answer != "ERROR: Overflow." || instance.lineEnds() != LineEnds::kCrLf) return;
+  const std::string path = instance.hostPathOf(document);
+  if (path.empty()) return;  // a path the instance could not have opened either
+  std::ifstream file(path, std::ios::binary);
+  char block[64 * 1024];
+  char previous = '\0';
+  while (file.read(block, sizeof block) || file.gcount() > 0) {
+    for (std::streamsize i = 0; i < file.gcount(); previous = block[i++]) {
+      if (block[i] == '\n' && previous != '\r') {
+        err << "tagwright: the page has LF line ends, which --line-ends=any (or LineEnds=any in "
+               "the settings) reads as line ends\n";
+        return;
+      }
+    }
+  }
+}
+
+std::int16_t numberOr(const std::optional<int>& value, int fallback) {
+  return static_cast<std::int16_t>(value.value_or(fallback));
+}
+
+std::string orDefault(const std::optional<std::string>& value, const char* fallback) {
+  return value ? *value : fallback;
+}
+
+std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
+                                          std::ostream& err) {
+  if (line.newContent) return line.newContent;
+  if (*line.newContentFile == "-") {
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+  std::optional<std::string> bytes = readPlainFile(*line.newContentFile);
+  if (!bytes) {
+    err << "tagwright: cannot read --new-content-file " << *line.newContentFile
+        << " (it must be a plain file)\n";
+  }
+  return bytes;
+}
+
+// A document name without leading "/", for the diff's a/NAME and b/NAME.
+std::string diffName(const std::string& document) {
+  const std::size_t first = document.find_first_not_of('/');
+  return first == std::string::npos ? document : document.substr(first);
+}
+
+void printPartsAsFound(Tagwright& instance, std::ostream& out) {
+  instance.observeParts([&out](const FoundPart& part) { out << partJsonLine(part) << "\n"; });
+}
+
+// Runs one write of the command line on `instance`. With --stdout or
+// --dry-run `capture` holds the new document instead of the disk.
+int runWrite(Tagwright& instance, const CommandLine& line, const std::string& document,
+             const DocumentRun& run, std::istream& in, std::ostream& out, std::ostream& err) {
+  const CapturingPlatform* capture = run.capture;
+  const OutputForm& form = run.form;
+  std::optional<std::string> newContent = readNewContent(line, in, err);
+  if (!newContent) return 2;
+  std::string errorResult;
+  if (line.jsonLines) printPartsAsFound(instance, out);
+  // A dry run takes its turn too, so that its diff starts from the document
+  // that it rewrote; --stdout reads the document once and needs none.
+  std::unique_ptr<FileLock> lock = line.toStdout ? nullptr : instance.lockForRewrite(document);
+  int count = instance.writeXPointer(
+      *newContent, document, orDefault(line.elementName, "#element"),
+      orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
+      numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
+      orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
+      orDefault(line.separator, ""), &errorResult);
+  explainRefusal(errorResult, document, run.context, instance, err);
+  if (line.target != kStandardInput) hintAtLineEnds(errorResult, instance, document, err);
+  if (capture != nullptr && count != -1 && capture->keepingFailed()) {
+    err << "tagwright: cannot keep the new document in " << capture->captured().path()
+        << "; nothing was changed\n";
+    return 2;
+  }
+  if (line.toStdout) {
+    return printNewDocument(count, errorResult, capture->captured(), form, out, err);
+  }
+  if (line.dryRun) {
+    err << (count == -1 ? errorResult + "\n" : "") << "matches: " << count << "\n";
+    if (count == -1) return 2;
+    return printUnifiedDiff(instance.hostPathOf(document), capture->captured().path(),
+                            diffName(line.target), out, err);
+  }
+  return printWriteAnswer(count, errorResult, form, out, err);
+}
+
+}  // namespace
+
+int runOnDocument(Tagwright& instance, const CommandLine& line, Operation operation,
+                  const std::string& document, const DocumentRun& run, std::istream& in,
+                  std::ostream& out, std::ostream& err) {
+  if (operation == Operation::kWrite) return runWrite(instance, line, document, run, in, out, err);
+  int matches = 0;
+  std::string result;
+  if (operation == Operation::kList) {
+    result = instance.fileListing(document, orDefault(line.pattern, "*.*"),
+                                  orDefault(line.separator, ""), &matches);
+    return printTextAnswer(result, matches, run.form, out, err);
+  }
+  if (operation == Operation::kRead) {
+    if (line.jsonLines) printPartsAsFound(instance, out);
+    result = instance.readXPointer(
+        document, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
+        orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
+        numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
+        orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
+        orDefault(line.separator, ""), &matches);
+  } else {
+    result = instance.readMetaContent(
+        document, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
+        numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
+        orDefault(line.separator, ""), &matches);
+  }
+  explainRefusal(result, document, run.context, instance, err);
+  if (line.target != kStandardInput) hintAtLineEnds(result, instance, document, err);
+  return printTextAnswer(result, matches, run.form, out, err);
+}
+
+}  // namespace tagwright
