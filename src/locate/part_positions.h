@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "files/read_next_chunk.h"
-#include "tagwright/tagwright.h"
+#include "locate/query.h"
 
 namespace tagwright {
 
