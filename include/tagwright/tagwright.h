@@ -132,6 +132,7 @@ class Tagwright {
   bool allowPhysicalDocWrite = true;
   bool allowPhysicalFileList = true;
   LineEnds lineEndMode = LineEnds::kCrLf;
+  bool bytePaths = true;  // false only in tests that hold the two paths of a read together
   std::shared_ptr<ScriptingContext> ScriptingContext_;
 };
 

@@ -10,14 +10,34 @@
 #include "files/read_next_chunk.h"
 #include "locate/chunk_filter.h"
 #include "locate/element_types.h"
+#include "locate/matchers/named_element_bytes.h"
 #include "locate/result_text.h"
 #include "locate/transforms/apply_span_function.h"
 #include "locate/transforms/apply_string_function.h"
 #include "locate/transforms/strip_markup.h"
+#include "platform/utf8.h"
 #include "rewrite/rewrite_transaction.h"
 
 namespace tagwright {
 namespace {
+
+// In a chunk of at most this many characters no position the scan reaches
+// (three past its end at most) leaves 16 bits.
+constexpr std::size_t kLongestOverflowFreeChunk = 32767 - 3;
+
+// The bytes the last character of `utf8` takes, as the text model decodes
+// it: a well-formed sequence, else one raw byte.
+std::size_t lastCharacterBytes(std::string_view utf8) {
+  if (utf8.empty()) return 0;
+  std::size_t start = utf8.size() - 1;
+  while (start > 0 && utf8.size() - start < 4 &&
+         (static_cast<unsigned char>(utf8[start]) & 0xC0) == 0x80) {
+    --start;
+  }
+  char32_t ignored;
+  if (decodeSequence(utf8, start, ignored) == utf8.size() - start) return utf8.size() - start;
+  return 1;
+}
 
 // The values of one scan that its failure texts are made of.
 struct ScanState {
@@ -62,7 +82,10 @@ class DocumentScan {
         outerMarkup_(isOuterMarkup(query)),
         innerText_(query.ContentType == U"innertext"),
         transformsText_(innerText_ || !query.SpanFunction.empty() || !query.StringFunction.empty()),
-        filter_(query, type_) {}
+        filter_(query, type_),
+        bytePaths_(call.bytePaths && !writeMode && query.SpanFunction.empty() &&
+                   query.StringFunction.empty() && NamedElementOnBytes::serves(query)),
+        namedOnBytes_(query) {}
 
   void run(Int16& matchesFound);
 
@@ -141,6 +164,13 @@ class DocumentScan {
   }
 
   void takeInstance(Int16& contentStart, Int16& matchesFound);
+  Int16 closeAcrossChunks(Int16& contentStart, Int16 closePos);
+  void finishInstance(Int16& contentStart, Int16 closePos, Int16& matchesFound);
+  void scanCharacters(Int16 from, Int16& matchesFound);
+  bool scanBytes(Int16& matchesFound);
+  bool takeInstanceOnBytes(std::size_t& contentStart, std::size_t tagEnd, bool selfClosing,
+                           Int16& matchesFound);
+  void keepFound(std::size_t from, std::size_t to);
 
   const CallContext& call_;
   const Query& query_;
@@ -153,6 +183,9 @@ class DocumentScan {
   const bool innerText_;
   const bool transformsText_;
   ChunkFilter filter_;
+  // Whether the request may search and cut on the bytes of its chunks.
+  const bool bytePaths_;
+  NamedElementOnBytes namedOnBytes_;
   bool instancesNearby_ = false;
 
   Int16 startRemaining_;
@@ -165,6 +198,14 @@ class DocumentScan {
   Text replacementText_;
   Text outputText_;
   std::string documentBytes_;
+  // The byte path's instance text: the chunk's bytes for "innertext", the
+  // document's otherwise; scratch texts for stripMarkupBytes.
+  std::string foundBytes_;
+  std::string cleanedBytes_;
+  std::string strippedBytes_;
+  // Where the byte path handed a chunk over to the characters: the scan's
+  // position in it.
+  Int16 handedOverAt_ = 0;
 };
 
 void DocumentScan::run(Int16& matchesFound) {
@@ -190,19 +231,15 @@ void DocumentScan::run(Int16& matchesFound) {
     instancesNearby_ = false;
     outputText_.clear();
     copyFrom_ = 1;
-    decodeChunk();
-    Int16 contentStart = searchFrom(chunkLower_, type_.openMarker, 1);
-    while (contentStart > 0 && countRemaining_ > 0) {
-      foundText_.clear();
-      bool isInstance = type_.matcher != nullptr &&
-                        type_.matcher(query_, chunkLower_, contentStart, state_.closeMarker);
-      if (isInstance) {
-        instancesNearby_ = true;
-        if (startRemaining_ > 0) startRemaining_ -= 1;
-        if (startRemaining_ == 0) takeInstance(contentStart, matchesFound);
+    if (bytePaths_ && chunk_.characters <= kLongestOverflowFreeChunk) {
+      if (scanBytes(matchesFound)) {
+        nextChunk();
+        continue;
       }
-      // Two past, not one: what lies right behind an instance is not seen.
-      contentStart = searchFrom(chunkLower_, type_.openMarker, contentStart + 2);
+      scanCharacters(handedOverAt_ + 2, matchesFound);
+    } else {
+      decodeChunk();
+      scanCharacters(1, matchesFound);
     }
     if (writeMode_) {  // W7
       appendChunkText(outputText_, copyFrom_);
@@ -220,13 +257,139 @@ void DocumentScan::run(Int16& matchesFound) {
   if (writeMode_) state_.rewrite->commit();  // W9
 }
 
+// The candidate loop on the decoded chunk, from the search at `from`.
+void DocumentScan::scanCharacters(Int16 from, Int16& matchesFound) {
+  Int16 contentStart = searchFrom(chunkLower_, type_.openMarker, from);
+  while (contentStart > 0 && countRemaining_ > 0) {
+    foundText_.clear();
+    bool isInstance = type_.matcher != nullptr &&
+                      type_.matcher(query_, chunkLower_, contentStart, state_.closeMarker);
+    if (isInstance) {
+      instancesNearby_ = true;
+      if (startRemaining_ > 0) startRemaining_ -= 1;
+      if (startRemaining_ == 0) takeInstance(contentStart, matchesFound);
+    }
+    // Two past, not one: what lies right behind an instance is not seen.
+    contentStart = searchFrom(chunkLower_, type_.openMarker, contentStart + 2);
+  }
+}
+
+// The candidate loop on the bytes of the chunk read last. Returns false
+// when an instance's close marker lay in a chunk too long for the byte path:
+// that chunk is then decoded, the instance taken, and the scan goes on in its
+// characters behind handedOverAt_.
+bool DocumentScan::scanBytes(Int16& matchesFound) {
+  const TextView marker = type_.openMarker;
+  std::size_t contentStart = findLowered(chunk_.bytes, marker, 0);
+  while (contentStart != std::string_view::npos && countRemaining_ > 0) {
+    std::size_t tagEnd = 0;
+    bool selfClosing = false;
+    if (namedOnBytes_.match(chunk_.bytes, contentStart, contentStart, tagEnd, selfClosing)) {
+      instancesNearby_ = true;
+      if (startRemaining_ > 0) startRemaining_ -= 1;
+      if (startRemaining_ == 0 &&
+          !takeInstanceOnBytes(contentStart, tagEnd, selfClosing, matchesFound)) {
+        return false;
+      }
+    }
+    contentStart = findLowered(chunk_.bytes, marker, charactersFrom(chunk_.bytes, contentStart, 2));
+  }
+  return true;
+}
+
+// takeInstance and finishInstance on bytes: the stretch is cut from the
+// chunk as read, and counted in characters nowhere.
+bool DocumentScan::takeInstanceOnBytes(std::size_t& contentStart, std::size_t tagEnd,
+                                       bool selfClosing, Int16& matchesFound) {
+  constexpr std::size_t npos = std::string_view::npos;
+  std::size_t closePos = contentStart;  // a self-closing tag is found where it stands
+  bool spanned = false;
+  if (!selfClosing) {
+    Text& closeMarker = state_.closeMarker;
+    closeMarker.assign(U"</").append(query_.ElementName).append(U">");
+    closePos = findLowered(chunk_.bytes, closeMarker, contentStart);
+    if (closePos == npos) foundBytes_.clear();
+    while (closePos == npos && !chunk_.empty()) {
+      keepFound(contentStart, chunk_.bytes.size());
+      spanned = true;
+      contentStart = 0;
+      nextChunk();
+      if (chunk_.characters > kLongestOverflowFreeChunk) {
+        foundText_.clear();
+        appendDecoded(foundBytes_, foundText_);
+        decodeChunk();
+        Int16 start = 1;
+        const Int16 close = closeAcrossChunks(start, searchFrom(chunkLower_, closeMarker, 1));
+        finishInstance(start, close, matchesFound);
+        handedOverAt_ = start;
+        return false;
+      }
+      closePos = findLowered(chunk_.bytes, closeMarker, 0);
+    }
+    if (closePos == npos) throw Failure::numbered(60003);
+    if (outerMarkup_) closePos = charactersFrom(chunk_.bytes, closePos, closeMarker.size());
+  } else if (outerMarkup_) {
+    closePos = tagEnd + 1;
+  }
+  if (closePos > contentStart || spanned) {
+    std::string_view found =
+        std::string_view(chunk_.bytes).substr(contentStart, closePos - contentStart);
+    if (innerText_) {
+      if (spanned) found = foundBytes_.append(found);
+      // The chunk's added line ends are plain CR and LF bytes, as stripMarkup must see them.
+      if (stripMarkupBytes(found, cleanedBytes_, strippedBytes_)) {
+        if (strippedBytes_.find_first_not_of(' ') != std::string::npos) {
+          state_.results->appendBytes(strippedBytes_, lastCharacterBytes(strippedBytes_));
+        }
+      } else {
+        foundText_.clear();
+        appendDecoded(found, foundText_);
+        foundText_ = stripMarkup(foundText_);
+        if (!trim(foundText_).empty()) state_.results->append(foundText_);
+      }
+    } else {
+      // Over chunks the text holds a line end, and is never blank.
+      if (!spanned && chunk_.addedLineEnds.empty()) {
+        if (found.find_first_not_of(' ') != std::string_view::npos) {
+          state_.results->appendBytes(found, lastCharacterBytes(found));
+        }
+      } else if (spanned || found.find_first_not_of(' ') != std::string_view::npos) {
+        if (!spanned) foundBytes_.clear();
+        keepFound(contentStart, closePos);
+        state_.results->appendBytes(foundBytes_, lastCharacterBytes(foundBytes_));
+      }
+    }
+    state_.results->append(call_.resultSeparator);
+    contentStart = closePos;
+  }
+  countRemaining_ -= 1;
+  matchesFound += 1;
+  return true;
+}
+
+// Keeps bytes[from, to) of the chunk for the instance: as read for
+// "innertext", as the document holds them otherwise.
+void DocumentScan::keepFound(std::size_t from, std::size_t to) {
+  if (innerText_) {
+    foundBytes_.append(std::string_view(chunk_.bytes).substr(from, to - from));
+  } else {
+    appendDocumentBytes(chunk_, from, to, foundBytes_);
+  }
+}
+
 void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
   if (writeMode_) {  // W3, before the close search may move on to another chunk.
     appendChunkText(outputText_, copyFrom_, contentStart - copyFrom_);
     copyFrom_ = contentStart;
   }
+  Int16 closePos = searchFrom(chunkLower_, state_.closeMarker, contentStart);
+  finishInstance(contentStart, closeAcrossChunks(contentStart, closePos), matchesFound);
+}
+
+// Pulls chunks until the close marker turns up, from the search that gave
+// `closePos` in the chunk read last; returns where it stands.
+Int16 DocumentScan::closeAcrossChunks(Int16& contentStart, Int16 closePos) {
   const Text& closeMarker = state_.closeMarker;
-  Int16 closePos = searchFrom(chunkLower_, closeMarker, contentStart);
   while (closePos == 0 && !chunk_.empty()) {
     appendChunkText(foundText_, contentStart);
     contentStart = 1;
@@ -235,7 +398,11 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
     closePos = searchFrom(chunkLower_, closeMarker, 1);
   }
   if (closePos == 0) throw Failure::numbered(60003);
-  if (outerMarkup_) closePos += lengthOf(closeMarker);
+  return closePos;
+}
+
+void DocumentScan::finishInstance(Int16& contentStart, Int16 closePos, Int16& matchesFound) {
+  if (outerMarkup_) closePos += lengthOf(state_.closeMarker);
 
   // An instance whose close marker stands right at contentStart has no
   // content: no text, no separator, nothing replaced, and contentStart stays.
