@@ -21,10 +21,6 @@
 namespace tagwright {
 namespace {
 
-// In a chunk of at most this many characters no position the scan reaches
-// (three past its end at most) leaves 16 bits.
-constexpr std::size_t kLongestOverflowFreeChunk = 32767 - 3;
-
 // The bytes the last character of `utf8` takes, as the text model decodes
 // it: a well-formed sequence, else one raw byte.
 std::size_t lastCharacterBytes(std::string_view utf8) {
@@ -97,6 +93,7 @@ class DocumentScan {
     readNextChunk(call_.platform, fileNumber_, call_.bufferLength, call_.lineEnds, chunk_,
                   writeMode_ ? &readFailure : nullptr);
     if (readFailure) throw *readFailure;
+    countedTo_ = counted_ = 0;
     state_.results->noteRead(chunk_.bytes.size());
   }
 
@@ -167,8 +164,9 @@ class DocumentScan {
   Int16 closeAcrossChunks(Int16& contentStart, Int16 closePos);
   void finishInstance(Int16& contentStart, Int16 closePos, Int16& matchesFound);
   void scanCharacters(Int16 from, Int16& matchesFound);
-  bool scanBytes(Int16& matchesFound);
-  bool takeInstanceOnBytes(std::size_t& contentStart, std::size_t tagEnd, bool selfClosing,
+  void scanBytes(Int16& matchesFound);
+  void checkPosition(std::size_t at, std::size_t plus);
+  void takeInstanceOnBytes(std::size_t& contentStart, std::size_t tagEnd, bool selfClosing,
                            Int16& matchesFound);
   void keepFound(std::size_t from, std::size_t to);
 
@@ -203,9 +201,10 @@ class DocumentScan {
   std::string foundBytes_;
   std::string cleanedBytes_;
   std::string strippedBytes_;
-  // Where the byte path handed a chunk over to the characters: the scan's
-  // position in it.
-  Int16 handedOverAt_ = 0;
+  // The characters of the chunk's bytes up to countedTo_, for the
+  // positions of a chunk too long for all of them to fit 16 bits.
+  std::size_t countedTo_ = 0;
+  std::size_t counted_ = 0;
 };
 
 void DocumentScan::run(Int16& matchesFound) {
@@ -231,16 +230,13 @@ void DocumentScan::run(Int16& matchesFound) {
     instancesNearby_ = false;
     outputText_.clear();
     copyFrom_ = 1;
-    if (bytePaths_ && chunk_.characters <= kLongestOverflowFreeChunk) {
-      if (scanBytes(matchesFound)) {
-        nextChunk();
-        continue;
-      }
-      scanCharacters(handedOverAt_ + 2, matchesFound);
-    } else {
-      decodeChunk();
-      scanCharacters(1, matchesFound);
+    if (bytePaths_) {
+      scanBytes(matchesFound);
+      nextChunk();
+      continue;
     }
+    decodeChunk();
+    scanCharacters(1, matchesFound);
     if (writeMode_) {  // W7
       appendChunkText(outputText_, copyFrom_);
       state_.rewrite->write(outputText_);
@@ -274,32 +270,55 @@ void DocumentScan::scanCharacters(Int16 from, Int16& matchesFound) {
   }
 }
 
-// The candidate loop on the bytes of the chunk read last. Returns false
-// when an instance's close marker lay in a chunk too long for the byte path:
-// that chunk is then decoded, the instance taken, and the scan goes on in its
-// characters behind handedOverAt_.
-bool DocumentScan::scanBytes(Int16& matchesFound) {
+// The candidate loop on the bytes of the chunk read last. Where the
+// character path sums or finds a position, the same position is checked
+// against the 16-bit limit; a chunk short enough needs no check at all.
+void DocumentScan::scanBytes(Int16& matchesFound) {
+  constexpr std::size_t npos = std::string_view::npos;
   const TextView marker = type_.openMarker;
-  std::size_t contentStart = findLowered(chunk_.bytes, marker, 0);
-  while (contentStart != std::string_view::npos && countRemaining_ > 0) {
-    std::size_t tagEnd = 0;
+  const std::size_t nameLength = query_.ElementName.size();
+  auto nextCandidate = [&](std::size_t from) {
+    const std::size_t at = findLowered(chunk_.bytes, marker, from);
+    if (at != npos) checkPosition(at, 0);
+    return at;
+  };
+  std::size_t contentStart = nextCandidate(0);
+  while (contentStart != npos && countRemaining_ > 0) {
+    checkPosition(contentStart, nameLength + 1);  // the character behind the name
+    std::size_t tagEnd = npos;
     bool selfClosing = false;
-    if (namedOnBytes_.match(chunk_.bytes, contentStart, contentStart, tagEnd, selfClosing)) {
+    const bool isInstance =
+        namedOnBytes_.match(chunk_.bytes, contentStart, contentStart, tagEnd, selfClosing);
+    if (tagEnd != npos) {
+      checkPosition(tagEnd, 0);
+      if (!selfClosing && !outerMarkup_) checkPosition(tagEnd, 1);
+    }
+    if (isInstance) {
       instancesNearby_ = true;
       if (startRemaining_ > 0) startRemaining_ -= 1;
-      if (startRemaining_ == 0 &&
-          !takeInstanceOnBytes(contentStart, tagEnd, selfClosing, matchesFound)) {
-        return false;
-      }
+      if (startRemaining_ == 0)
+        takeInstanceOnBytes(contentStart, tagEnd, selfClosing, matchesFound);
     }
-    contentStart = findLowered(chunk_.bytes, marker, charactersFrom(chunk_.bytes, contentStart, 2));
+    checkPosition(contentStart, 2);
+    contentStart = nextCandidate(charactersFrom(chunk_.bytes, contentStart, 2));
   }
-  return true;
+}
+
+// Throws the overflow where the character path would: when the position of
+// the character at byte `at`, plus `plus`, leaves 16 bits.
+void DocumentScan::checkPosition(std::size_t at, std::size_t plus) {
+  constexpr std::size_t kLast = 32767;
+  // A position is at most one more than the characters, and than the bytes, in front.
+  if (chunk_.characters + 1 + plus <= kLast || at + 1 + plus <= kLast) return;
+  if (at < countedTo_) countedTo_ = counted_ = 0;
+  counted_ += decodedLength(std::string_view(chunk_.bytes).substr(countedTo_, at - countedTo_));
+  countedTo_ = at;
+  if (counted_ + 1 + plus > kLast) throw Failure::overflow();
 }
 
 // takeInstance and finishInstance on bytes: the stretch is cut from the
 // chunk as read, and counted in characters nowhere.
-bool DocumentScan::takeInstanceOnBytes(std::size_t& contentStart, std::size_t tagEnd,
+void DocumentScan::takeInstanceOnBytes(std::size_t& contentStart, std::size_t tagEnd,
                                        bool selfClosing, Int16& matchesFound) {
   constexpr std::size_t npos = std::string_view::npos;
   std::size_t closePos = contentStart;  // a self-closing tag is found where it stands
@@ -314,21 +333,16 @@ bool DocumentScan::takeInstanceOnBytes(std::size_t& contentStart, std::size_t ta
       spanned = true;
       contentStart = 0;
       nextChunk();
-      if (chunk_.characters > kLongestOverflowFreeChunk) {
-        foundText_.clear();
-        appendDecoded(foundBytes_, foundText_);
-        decodeChunk();
-        Int16 start = 1;
-        const Int16 close = closeAcrossChunks(start, searchFrom(chunkLower_, closeMarker, 1));
-        finishInstance(start, close, matchesFound);
-        handedOverAt_ = start;
-        return false;
-      }
       closePos = findLowered(chunk_.bytes, closeMarker, 0);
     }
     if (closePos == npos) throw Failure::numbered(60003);
-    if (outerMarkup_) closePos = charactersFrom(chunk_.bytes, closePos, closeMarker.size());
+    checkPosition(closePos, 0);
+    if (outerMarkup_) {
+      checkPosition(closePos, closeMarker.size());
+      closePos = charactersFrom(chunk_.bytes, closePos, closeMarker.size());
+    }
   } else if (outerMarkup_) {
+    checkPosition(tagEnd, 1);
     closePos = tagEnd + 1;
   }
   if (closePos > contentStart || spanned) {
@@ -364,7 +378,6 @@ bool DocumentScan::takeInstanceOnBytes(std::size_t& contentStart, std::size_t ta
   }
   countRemaining_ -= 1;
   matchesFound += 1;
-  return true;
 }
 
 // Keeps bytes[from, to) of the chunk for the instance: as read for
