@@ -1,6 +1,7 @@
 #include "host.h"
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -162,9 +163,20 @@ std::optional<std::string> readNewContent(const CommandLine& line, std::istream&
     if (*line.newContentFile == "-") {
       return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
     }
-    std::ifstream file(*line.newContentFile, std::ios::binary);
+    std::ifstream file(*line.newContentFile, std::ios::binary | std::ios::ate);
     if (file) {
-      return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+      // Read into room of the file's size: a content as long as a document
+      // is held once, not grown by doubling.
+      std::string content;
+      const std::streamoff size = file.tellg();
+      file.clear();
+      file.seekg(0);
+      if (size > 0) content.reserve(static_cast<std::size_t>(size));
+      std::array<char, 1 << 16> block;
+      while (file.read(block.data(), block.size()) || file.gcount() > 0) {
+        content.append(block.data(), static_cast<std::size_t>(file.gcount()));
+      }
+      if (!file.bad()) return content;
     }
   } catch (const std::exception&) {
   }

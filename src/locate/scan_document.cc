@@ -67,12 +67,15 @@ Text failureText(const Failure& failure, const ScanState& state) {
 class DocumentScan {
  public:
   DocumentScan(const CallContext& call, const Query& query, Int16 fileNumber, bool writeMode,
-               TextView newContent, ScanState& state)
+               std::string_view newContent, ScanState& state)
       : call_(call),
         query_(query),
         fileNumber_(fileNumber),
         writeMode_(writeMode),
         newContent_(newContent),
+        // Only a span function works on the new content's characters; else it
+        // goes out as the bytes it came in.
+        newContentText_(query.SpanFunction.empty() ? Text() : fromUtf8(newContent)),
         state_(state),
         type_(elementTypeFor(query.ElementName)),
         outerMarkup_(isOuterMarkup(query)),
@@ -174,7 +177,8 @@ class DocumentScan {
   const Query& query_;
   const Int16 fileNumber_;
   const bool writeMode_;
-  const TextView newContent_;
+  const std::string_view newContent_;
+  const Text newContentText_;
   ScanState& state_;
   const ElementType type_;
   const bool outerMarkup_;
@@ -420,14 +424,14 @@ void DocumentScan::finishInstance(Int16& contentStart, Int16 closePos, Int16& ma
   // An instance whose close marker stands right at contentStart has no
   // content: no text, no separator, nothing replaced, and contentStart stays.
   if (closePos > contentStart || !foundText_.empty()) {
-    if (writeMode_) copyFrom_ = closePos;            // W4
-    if (writeMode_) replacementText_ = newContent_;  // W5
+    if (writeMode_) copyFrom_ = closePos;                                                // W4
+    if (writeMode_ && !query_.SpanFunction.empty()) replacementText_ = newContentText_;  // W5
     if (!foundText_.empty() || transformsText_) {
       appendChunkText(foundText_, contentStart, closePos - contentStart);
       if (!query_.SpanFunction.empty()) {
         foundText_ =
             applySpanFunction(matchesFound, query_.SpanFunction, foundText_, query_.ContentType,
-                              newContent_, replacementText_, writeMode_, call_.resultSeparator);
+                              newContentText_, replacementText_, writeMode_, call_.resultSeparator);
       } else if (!query_.StringFunction.empty()) {
         foundText_ = applyStringFunction(query_.StringFunction, withPlainLineEnds(foundText_));
       }
@@ -442,7 +446,13 @@ void DocumentScan::finishInstance(Int16& contentStart, Int16 closePos, Int16& ma
     }
     // A span function puts a separator behind each span itself.
     if (query_.SpanFunction.empty()) state_.results->append(call_.resultSeparator);
-    if (writeMode_) outputText_.append(replacementText_);  // W6
+    if (writeMode_ && !query_.SpanFunction.empty()) outputText_.append(replacementText_);  // W6
+    if (writeMode_ && query_.SpanFunction.empty()) {
+      // A new content as long as a document is written, not copied into the chunk's text.
+      state_.rewrite->write(outputText_);
+      outputText_.clear();
+      state_.rewrite->write(newContent_);
+    }
     contentStart = closePos;
   }
   countRemaining_ -= 1;
@@ -452,7 +462,8 @@ void DocumentScan::finishInstance(Int16& contentStart, Int16 closePos, Int16& ma
 }  // namespace
 
 Text scanDocument(const CallContext& call, std::string& scanResult, const Query& query,
-                  Int16 fileNumber, bool writeMode, TextView NewContent, Int16& MatchesFound) {
+                  Int16 fileNumber, bool writeMode, std::string_view NewContent,
+                  Int16& MatchesFound) {
   scanResult.clear();
   ScanState state;
   try {

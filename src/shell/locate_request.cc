@@ -6,7 +6,8 @@ namespace tagwright {
 
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength,
                    LineEnds lineEnds, Query& query, Text& resultSeparator, bool writeMode,
-                   TextView NewContent, std::string& scanResult, Int16& matches, bool bytePaths) {
+                   std::string_view NewContent, std::string& scanResult, Int16& matches,
+                   bool bytePaths) {
   Int16 fileNumber = 0;
   Text message = validateParameters(validation, query, resultSeparator, fileNumber);
   if (!message.empty()) return message;

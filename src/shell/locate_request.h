@@ -12,7 +12,7 @@ namespace tagwright {
 // message. `bytePaths` as in CallContext.
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength,
                    LineEnds lineEnds, Query& query, Text& resultSeparator, bool writeMode,
-                   TextView NewContent, std::string& scanResult, Int16& matches,
+                   std::string_view NewContent, std::string& scanResult, Int16& matches,
                    bool bytePaths = true);
 
 }  // namespace tagwright
