@@ -40,7 +40,7 @@ import sys
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "peers"))
 from strip_markup import strip_markup  # noqa: E402
 
-GENERATOR_VERSION = 3
+GENERATOR_VERSION = 4
 SEED = 20240607
 # Tagwright's default CountInstances: a read takes at most this many instances.
 COUNT_INSTANCES_CAP = 32000
@@ -296,9 +296,10 @@ def write_inline(out, rng, size):
 
 # --- the shape of many tags that begin with "p" ----------------------------------
 
-def p_words_tag(rng):
-    """A tag that begins with "<p" and is no <p>."""
-    kind = rng.below(6)
+def p_words_tag(rng, phrasing=False):
+    """A tag that begins with "<p" and is no <p>; with `phrasing`, only those that a paragraph
+    may hold, so that the tree parsers keep the paragraph whole."""
+    kind = 1 + rng.below(3) if phrasing else rng.below(6)
     if kind == 0:
         return '<param name="%s" value="%d">' % (rng.pick(WORDS), rng.below(100))
     if kind == 1:
@@ -331,7 +332,8 @@ def write_ptags(out, rng, size):
         if rng.below(2) == 0:
             runs = []
             for _ in range(6 + rng.below(14)):
-                runs.append(p_words_tag(rng) if rng.below(3) == 0 else words(rng, 1 + rng.below(4)))
+                runs.append(p_words_tag(rng, True) if rng.below(3) == 0
+                            else words(rng, 1 + rng.below(4)))
             out.paragraph(rng.pick(["<p>", '<p class="caption">']), wrapped(runs, 3))
             out.emit("\r\n")
         out.emit("</div>\r\n")
