@@ -1,5 +1,7 @@
 #include "locate/transforms/strip_markup.h"
 
+#include <cstring>
+
 #include "platform/failure.h"
 
 namespace tagwright {
@@ -67,12 +69,57 @@ void keepTrimmed(std::string& result) {
   result.erase(0, first).resize(kept.size());
 }
 
+// The rule in one pass, for a text whose first "<" has a ">" behind it:
+// line ends and tabs skipped, each piece written without its leading blanks
+// and cut back to its last non-blank at the next tag, one blank between
+// pieces. Throws Failure(kInvalidArgument) for a later "<" with no ">".
+void stripInOnePass(std::string_view text, std::string& out) {
+  out.resize(text.size());  // a piece's blank takes the place of the "<" behind it
+  char* const begin = out.data();
+  char* to = begin;
+  char* piece = begin;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  while (at < end) {
+    const char c = *at++;
+    switch (c) {
+      case '\r':
+      case '\n':
+      case '\t':
+        break;
+      case ' ':
+        if (to != piece) *to++ = ' ';
+        break;
+      case '<': {
+        while (to != piece && to[-1] == ' ') --to;
+        if (to != piece) *to++ = ' ';
+        piece = to;
+        const void* tagEnd = std::memchr(at, '>', static_cast<std::size_t>(end - at));
+        if (tagEnd == nullptr) throw Failure::invalidArgument();
+        at = static_cast<const char*>(tagEnd) + 1;
+        break;
+      }
+      default:
+        *to++ = c;
+    }
+  }
+  while (to != begin && to[-1] == ' ') --to;
+  out.resize(static_cast<std::size_t>(to - begin));
+}
+
 }  // namespace
 
 bool stripMarkupBytes(std::string_view text, std::string& cleaned, std::string& out) {
-  cleanBytes(text, cleaned);
   // A position counts characters, and no character is shorter than a byte.
   constexpr std::size_t kLongestSafe = 32767;
+  if (text.size() <= kLongestSafe) {
+    const std::size_t first = text.find('<');
+    if (first != std::string_view::npos && text.find('>', first) != std::string_view::npos) {
+      stripInOnePass(text, out);
+      return true;
+    }
+  }
+  cleanBytes(text, cleaned);
   if (cleaned.size() > kLongestSafe) return false;
   const std::string_view c = cleaned;
   out.clear();
