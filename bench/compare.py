@@ -598,7 +598,7 @@ def chart(rows_by_task, pages, path):
             if row.tool.name not in tools and row.tool.role != "tagwright-chunk":
                 tools.append(row.tool.name)
     colours = ["#d62728", "#1f77b4", "#2ca02c", "#ff7f0e", "#9467bd", "#7f7f7f", "#bcbd22",
-               "#17becf"]
+               "#17becf", "#8c564b"]
     data_path = path + ".dat"
     plots = []
     with open(data_path, "w") as data:
