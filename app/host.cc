@@ -1,6 +1,7 @@
 #include "host.h"
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <filesystem>
 #include <iostream>
 #include <iterator>

@@ -12,6 +12,7 @@ install(TARGETS tagwright EXPORT TagwrightTargets
 install(TARGETS tagwright_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 install(FILES include/tagwright/tagwright.h include/tagwright/tagwright_c.h
               include/tagwright/site_context.h include/tagwright/export.h
+              include/tagwright/plain_types.h
               ${CMAKE_CURRENT_BINARY_DIR}/generated/include/tagwright/version.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tagwright COMPONENT devel)
 

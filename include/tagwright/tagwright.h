@@ -31,16 +31,11 @@
 #include <string_view>
 
 #include "tagwright/export.h"
+#include "tagwright/plain_types.h"
 
 namespace tagwright {
 
 class Platform;
-
-// An advisory lock that is held until the handle is destroyed.
-class FileLock {
- public:
-  virtual ~FileLock() = default;
-};
 
 // The host's server object: maps a virtual path of the site to a physical
 // path ("\srv\site\a.htm"), or throws when it cannot.
@@ -56,13 +51,6 @@ class TAGWRIGHT_EXPORT ScriptingContext {
   virtual ~ScriptingContext() = default;
   virtual PageServer& Server() = 0;
 };
-
-// What ends a line of a document. kCrLf, the default: CR or CR LF, a lone LF
-// stays in its line, and a rewrite ends every line with CR LF. kAny: a lone LF
-// ends a line too; matches, positions and the 16-bit limits are those of the
-// document with every line end made CR LF, while results and rewrites keep
-// each line's own end.
-enum class LineEnds { kCrLf, kAny };
 
 class TAGWRIGHT_EXPORT Tagwright {
  public:
@@ -164,6 +152,7 @@ class TAGWRIGHT_EXPORT Tagwright {
   bool allowPhysicalFileList = true;
   LineEnds lineEndMode = LineEnds::kCrLf;
   bool followLinksOut = false;
+  bool bytePaths = true;  // false only in tests that hold the two paths of a read together
   std::shared_ptr<ScriptingContext> ScriptingContext_;
 };
 

@@ -9,7 +9,7 @@
 
 #include "platform/int16.h"
 #include "platform/text.h"
-#include "tagwright/tagwright.h"
+#include "tagwright/plain_types.h"
 
 namespace tagwright {
 
