@@ -32,8 +32,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace tagwright;
   FuzzInput input(data, size);
   const std::int16_t bufferLength = input.number(2048);
-  // A platform call to fail, counted from the first; 0 or less fails none.
-  const std::int16_t failingCall = input.number(0);
+  // A platform call to fail, counted from the first, as the last three
+  // digits; the thousands choose the cause. 0 or less fails none.
+  const std::int16_t failure = input.number(0);
+  const int failingCall = failure > 0 ? failure % 1000 : 0;
+  constexpr Failure::Kind kCauses[] = {
+      Failure::Kind::kDiskFull,       Failure::Kind::kPermissionDenied,
+      Failure::Kind::kFileNotFound,   Failure::Kind::kPathNotFound,
+      Failure::Kind::kFileExists,     Failure::Kind::kDeviceIo,
+      Failure::Kind::kTooManyFiles,   Failure::Kind::kFileAccess,
+      Failure::Kind::kOverflow,       Failure::Kind::kInvalidArgument,
+      Failure::Kind::kOutsideSiteRoot};
+  const Failure::Kind cause = kCauses[failure > 0 ? failure / 1000 % 11 : 0];
   const bool hardLinks = input.number(1) != 0;
   const std::string element = input.text(), attributeName = input.text(),
                     attributeValue = input.text();
@@ -45,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FakePlatform platform;
   platform.hardLinks = hardLinks;
   platform.files = {{"/doc.htm", document}, {"/doc.bak", kPrevious}};
-  if (failingCall > 0) platform.failCall(failingCall, Failure::Kind::kDiskFull);
+  if (failingCall > 0) platform.failCall(failingCall, cause);
   Tagwright instance(platform);
   if (bufferLength >= 1) TagwrightTestAccess::setBufferLength(instance, bufferLength);
   std::string errorResult;
