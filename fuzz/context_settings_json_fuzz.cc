@@ -59,8 +59,9 @@ void checkMapping(const std::string& root, const std::string& workingFolder,
     FUZZ_CHECK(failure.kind() == Failure::Kind::kOutsideSiteRoot);
     return;
   }
-  // What the platform opens for the mapped path lies inside the root.
-  const std::vector<std::string> rootSegments = segmentsOf("/" + root);
+  // What the platform opens for the mapped path lies inside the root, both
+  // read as the platform reads a path.
+  const std::vector<std::string> rootSegments = segmentsOf(hostPath(fromUtf8("\\" + root)));
   const std::vector<std::string> served = segmentsOf(hostPath(fromUtf8(mapped)));
   FUZZ_CHECK(served.size() >= rootSegments.size());
   FUZZ_CHECK(std::equal(rootSegments.begin(), rootSegments.end(), served.begin()));
