@@ -1,6 +1,9 @@
 // readMetaContent and fileListing on any document, names, patterns and
 // separators.
+#include <memory>
+
 #include "fuzz_input.h"
+#include "site_context.h"
 #include "support/fake_platform.h"
 #include "support/tagwright_test_access.h"
 #include "tagwright/tagwright.h"
@@ -28,6 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto filesBefore = platform.files;
 
   Tagwright instance(platform);
+  instance.OnStartPage(std::make_shared<SiteContext>("/", "/"));
   if (bufferLength >= 1) TagwrightTestAccess::setBufferLength(instance, bufferLength);
   int matches = -2;
   std::string result =
@@ -35,6 +39,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FUZZ_CHECK(matches >= -1);
   FUZZ_CHECK(matches != -1 || result.starts_with("ERROR: "));
   FUZZ_CHECK(matches != 0 || result.empty());
+  // The same document by its virtual path gives the same.
+  int virtualMatches = -2;
+  FUZZ_CHECK(instance.readMetaContent("/doc.htm", metaName, start, count, equals, separator,
+                                      &virtualMatches) == result);
+  FUZZ_CHECK(virtualMatches == matches);
+
+  // Physical paths denied and no page context: every path is refused.
+  FakePlatform denying;
+  denying.files = platform.files;
+  denying.settings = "AllowVirtualDocReadOnly=1\nAllowVirtualFileListOnly=1\n";
+  Tagwright refusing(denying);
+  int refused = 0;
+  refusing.readMetaContent("C:\\doc.htm", metaName, start, count, equals, separator, &refused);
+  FUZZ_CHECK(refused == -1);
+  refusing.fileListing(folder, pattern, separator, &refused);
+  FUZZ_CHECK(refused == -1);
 
   matches = -2;
   result = instance.fileListing(folder, pattern, separator, &matches);
