@@ -24,7 +24,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (std::size_t end = names.find('\n'); nameStart <= names.size();
        end = names.find('\n', nameStart)) {
     const std::string name = names.substr(nameStart, end - nameStart);
-    if (!name.empty()) platform.files["/dir/" + name] = name;
+    // A file's name is never empty, also in a folder below.
+    const bool named = !name.empty() && !name.starts_with('/') && !name.ends_with('/') &&
+                       name.find("//") == std::string::npos;
+    if (named) platform.files["/dir/" + name] = name;
     if (end == std::string::npos) break;
     nameStart = end + 1;
   }
