@@ -36,6 +36,30 @@ BatchPlatform::Rewrite::~Rewrite() {
   threadRewrite = ThreadRewrite{};
 }
 
+namespace {
+
+class BatchRandom : public RandomGenerator {
+ public:
+  BatchRandom(std::atomic<std::uint64_t>& drawn, std::uint64_t firstValue)
+      : drawn_(drawn), firstValue_(firstValue) {}
+  double next() override {
+    // 7919 is prime to 10000, so 10000 steps meet every value once.
+    constexpr std::uint64_t kValues = 10000, kStep = 7919;
+    const std::uint64_t value = (firstValue_ + drawn_.fetch_add(1) * kStep) % kValues;
+    return (static_cast<double>(value) + 0.5) / static_cast<double>(kValues);
+  }
+
+ private:
+  std::atomic<std::uint64_t>& drawn_;
+  const std::uint64_t firstValue_;
+};
+
+}  // namespace
+
+std::unique_ptr<RandomGenerator> BatchPlatform::seededRandom() {
+  return std::make_unique<BatchRandom>(drawn_, firstValue_);
+}
+
 void BatchPlatform::syncFile(Int16 fileNumber) {
   if (threadRewrite.active && threadRewrite.fileSystem) {
     inner_.flushFile(fileNumber);

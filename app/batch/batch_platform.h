@@ -1,6 +1,7 @@
 #ifndef TAGWRIGHT_APP_BATCH_BATCH_PLATFORM_H_
 #define TAGWRIGHT_APP_BATCH_BATCH_PLATFORM_H_
 
+#include <atomic>
 #include <mutex>
 #include <set>
 #include <string>
@@ -75,12 +76,20 @@ class BatchPlatform : public Platform {
     inner_.adviseLargeBuffer(data, size);
   }
   LocalTime localTime(int daysAgo) override { return inner_.localTime(daysAgo); }
-  std::unique_ptr<RandomGenerator> seededRandom() override { return inner_.seededRandom(); }
+  // The values that name the new files: a rewrite's temporary file is named
+  // by the second and a value of four digits, and many rewrites of one folder
+  // start in the same second here. Independent seeds would soon give two of
+  // them one name (the second then fails); the batch's values instead walk
+  // all 10000 four-digit values in a scrambled order before one comes again.
+  std::unique_ptr<RandomGenerator> seededRandom() override;
   std::optional<std::string> readSettingsFile() override { return inner_.readSettingsFile(); }
 
  private:
   Platform& inner_;
   GroupSync& group_;
+  std::atomic<std::uint64_t> drawn_ = 0;
+  const std::uint64_t firstValue_ =
+      static_cast<std::uint64_t>(inner_.seededRandom()->next() * 10000.0);
   std::mutex foldersMutex_;
   std::set<std::string> folders_;
 };
