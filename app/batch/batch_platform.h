@@ -82,11 +82,14 @@ class BatchPlatform : public Platform {
   // them one name (the second then fails); the batch's values instead walk
   // all 10000 four-digit values in a scrambled order before one comes again.
   std::unique_ptr<RandomGenerator> seededRandom() override;
-  std::optional<std::string> readSettingsFile() override { return inner_.readSettingsFile(); }
+  // The batch reads the settings once, when it starts, as a single call does:
+  // every instance of the batch then has the same ones.
+  std::optional<std::string> readSettingsFile() override { return settings_; }
 
  private:
   Platform& inner_;
   GroupSync& group_;
+  const std::optional<std::string> settings_ = inner_.readSettingsFile();
   std::atomic<std::uint64_t> drawn_ = 0;
   const std::uint64_t firstValue_ =
       static_cast<std::uint64_t>(inner_.seededRandom()->next() * 10000.0);
