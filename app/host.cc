@@ -1,14 +1,20 @@
 #include "host.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <thread>
 
+#include "batch/batch_run.h"
+#include "batch/document_list.h"
 #include "json_answer.h"
 #include "plain_file.h"
 #include "platform/platform.h"
@@ -40,6 +46,10 @@ constexpr const char* kSettingsHelp =
 // the operation's default applies.
 struct CommandLine {
   std::string target;
+  std::vector<std::string> documents;
+  DocumentSources sources;
+  std::optional<int> jobs;
+  bool progress = false;
   std::optional<std::string> elementName, attributeName, attributeValue, contentType;
   std::optional<std::string> spanFunction, stringFunction, separator;
   std::optional<std::string> newContent, newContentFile;
@@ -118,6 +128,30 @@ void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
   addLineEnds(command, line);
 }
 
+// The documents of read, write and meta: one is a single call, several (or a
+// list or a walk) a batch.
+void addDocuments(CLI::App* command, CommandLine& line) {
+  command->add_option("DOCUMENT", line.documents,
+                      "the documents: physical or virtual paths; several make a batch");
+  command->add_option("--files-from", line.sources.filesFrom,
+                      "also the documents named in FILE, one a line; - for stdin");
+  command->add_flag("-0,--null", line.sources.nulSeparated,
+                    "the names in --files-from end with NUL, as find -print0 writes them");
+  command->add_option("--recursive", line.sources.recursiveFolder,
+                      "also every file of FOLDER and its folders that matches --pattern, in "
+                      "ascending byte order; hidden names and links to folders are passed over");
+  command->add_option("--pattern", line.pattern,
+                      "the file names that --recursive takes, with * ? [...] (default *)");
+  command->add_option("--jobs", line.jobs, "documents handled at once (default: the cores)")
+      ->check(CLI::Range(1, 1024));
+  command->add_flag("--progress", line.progress,
+                    "show a batch's progress and summary on stderr also when it is no terminal");
+}
+
+bool isBatch(const CommandLine& line) {
+  return line.documents.size() != 1 || line.sources.filesFrom || line.sources.recursiveFolder;
+}
+
 std::int16_t numberOr(const std::optional<int>& value, int fallback) {
   return static_cast<std::int16_t>(value.value_or(fallback));
 }
@@ -152,6 +186,83 @@ std::optional<std::string> readNewContent(const CommandLine& line, std::istream&
   return bytes;
 }
 
+// Several documents: each by an instance of its own, with the operation and
+// parameters that a single call of this command line would use.
+int runBatchCommand(const CommandLine& line, bool rewrite, bool meta, const Tagwright& mapper,
+                    const std::function<void(Tagwright&)>& configure, Platform& platform,
+                    std::istream& in, std::ostream& out, std::ostream& err) {
+  std::optional<std::string> newContent;
+  if (rewrite && !(newContent = readNewContent(line, in, err))) return 2;
+  BatchRequest request;
+  std::optional<std::vector<std::string>> documents =
+      listDocuments(line.sources, mapper, in, err, request.earlierFailures);
+  if (!documents) return 2;
+  request.documents = std::move(*documents);
+  request.configure = configure;
+  request.rewrite = rewrite;
+  request.json = line.json;
+  request.jobs =
+      line.jobs.value_or(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
+  request.progress = line.progress || ::isatty(2) == 1;
+  if (rewrite) {
+    request.operation = [&line, &newContent](Tagwright& each, const std::string& document) {
+      DocumentAnswer answer;
+      answer.count = each.writeXPointer(
+          *newContent, document, orDefault(line.elementName, "#element"),
+          orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
+          numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
+          orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
+          orDefault(line.separator, ""), &answer.text);
+      return answer;
+    };
+  } else if (meta) {
+    request.operation = [&line](Tagwright& each, const std::string& document) {
+      DocumentAnswer answer;
+      answer.text = each.readMetaContent(
+          document, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
+          numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
+          orDefault(line.separator, ""), &answer.count);
+      return answer;
+    };
+  } else {
+    request.operation = [&line](Tagwright& each, const std::string& document) {
+      DocumentAnswer answer;
+      answer.text = each.readXPointer(
+          document, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
+          orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
+          numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
+          orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
+          orDefault(line.separator, ""), &answer.count);
+      return answer;
+    };
+  }
+  return runBatch(request, platform, out, err);
+}
+
+void checkDocuments(CommandLine& line) {
+  if (line.documents.empty() && !line.sources.filesFrom && !line.sources.recursiveFolder) {
+    throw CLI::RequiredError("DOCUMENT (or --files-from, or --recursive)");
+  }
+  if (line.pattern && !line.sources.recursiveFolder) {
+    throw CLI::ValidationError("--pattern",
+                               "it chooses the files of --recursive, which is missing");
+  }
+  if (line.sources.nulSeparated && !line.sources.filesFrom) {
+    throw CLI::ValidationError("-0", "it tells how --files-from ends its names, which is missing");
+  }
+  if (line.sources.filesFrom == "-" && line.newContentFile == "-") {
+    throw CLI::ValidationError("--files-from",
+                               "standard input cannot give both the names and "
+                               "the new content");
+  }
+  if (line.sources.recursiveFolder && line.sources.recursiveFolder->empty()) {
+    throw CLI::ValidationError("--recursive", "the folder must not be empty");
+  }
+  if (line.pattern) line.sources.pattern = *line.pattern;
+  line.sources.arguments = line.documents;
+  if (!isBatch(line)) line.target = line.documents.front();
+}
+
 }  // namespace
 
 int runHost(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
@@ -163,7 +274,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   app.set_version_flag("--version", "tagwright " TAGWRIGHT_VERSION);
 
   CLI::App* read = app.add_subcommand("read", "print the parts of a document that a query locates");
-  read->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  addDocuments(read, line);
   addLocate(read, line, "0");
   addText(read, "--string-function", line.stringFunction,
           "occurrence,search,offset,length: a piece of each part's plain text (default none)");
@@ -171,8 +282,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
 
   CLI::App* write = app.add_subcommand(
       "write", "replace the located parts; the former document is kept as <name>.bak");
-  write->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")
-      ->required();
+  addDocuments(write, line);
   auto* content = write->add_option("--new-content", line.newContent, "the new content");
   auto* contentFile =
       write->add_option("--new-content-file", line.newContentFile,
@@ -182,7 +292,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   addCommon(write, line);
 
   CLI::App* meta = app.add_subcommand("meta", "print the name and content pairs of <meta> tags");
-  meta->add_option("DOCUMENT", line.target, "the document: a physical or virtual path")->required();
+  addDocuments(meta, line);
   addText(meta, "--meta-name", line.metaName, "names that end in this text (default *: all)");
   meta->add_option("--start-instance", line.startInstance, "first tag taken (default 1)")
       ->check(CLI::Range(-32768, 32767));
@@ -221,6 +331,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
       throw CLI::RequiredError("--new-content or --new-content-file");
     }
     if (line.root.empty()) throw CLI::ValidationError("--root", "the site root must not be empty");
+    if (read->parsed() || write->parsed() || meta->parsed()) checkDocuments(line);
   } catch (const CLI::CallForHelp&) {
     out << app.help();
     return 0;
@@ -246,14 +357,23 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     err << "tagwright: cannot start: " << error.what() << "\n";
     return 1;
   }
+  std::shared_ptr<ScriptingContext> context;
   if (!line.noContext) {
     std::error_code gone;  // a working folder that was removed: no path needs it yet
     std::string workingFolder = std::filesystem::current_path(gone).string();
     bool followLinksOut = line.followLinksOut || instance->followsLinksOut();
-    instance->OnStartPage(std::make_shared<SiteContext>(line.root, workingFolder, followLinksOut));
+    context = std::make_shared<SiteContext>(line.root, workingFolder, followLinksOut);
   }
-  if (line.lineEnds)
-    instance->setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
+  // The page context is only read once made, so the instances of a batch share it.
+  auto configure = [&line, context](Tagwright& each) {
+    if (context) each.OnStartPage(context);
+    if (line.lineEnds) each.setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
+  };
+  configure(*instance);
+  if (!list->parsed() && isBatch(line)) {
+    return runBatchCommand(line, write->parsed(), meta->parsed(), *instance, configure,
+                           platform != nullptr ? *platform : systemPlatform(), in, out, err);
+  }
 
   int matches = 0;
   if (read->parsed()) {
