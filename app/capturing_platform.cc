@@ -22,6 +22,10 @@ void CapturingPlatform::syncFile(Int16 fileNumber) {
   if (!isCaptured(fileNumber)) base_.syncFile(fileNumber);
 }
 
+void CapturingPlatform::flushFile(Int16 fileNumber) {
+  if (!isCaptured(fileNumber)) base_.flushFile(fileNumber);
+}
+
 void CapturingPlatform::closeFile(Int16 fileNumber) {
   if (isCaptured(fileNumber)) capturedNumber_.reset();
   base_.closeFile(fileNumber);

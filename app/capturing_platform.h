@@ -38,6 +38,7 @@ class CapturingPlatform : public Platform {
   std::uint64_t fileSize(Int16 fileNumber) override { return base_.fileSize(fileNumber); }
   void writeBytes(Int16 fileNumber, std::string_view bytes) override;
   void syncFile(Int16 fileNumber) override;
+  void flushFile(Int16 fileNumber) override;
   void closeFile(Int16 fileNumber) override;
   void closeAllFiles() override;
 

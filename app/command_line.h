@@ -1,8 +1,13 @@
 #ifndef TAGWRIGHT_APP_COMMAND_LINE_H_
 #define TAGWRIGHT_APP_COMMAND_LINE_H_
 
+#include <cstdint>
+#include <iosfwd>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "batch/document_list.h"
 
 namespace tagwright {
 
@@ -10,6 +15,10 @@ namespace tagwright {
 // the operation's default applies.
 struct CommandLine {
   std::string target;
+  std::vector<std::string> documents;
+  DocumentSources sources;
+  std::optional<int> jobs;
+  bool progress = false;
   std::optional<std::string> elementName, attributeName, attributeValue, contentType;
   std::optional<std::string> spanFunction, stringFunction, separator;
   std::optional<std::string> newContent, newContentFile;
@@ -31,6 +40,16 @@ constexpr const char* kStandardInput = "-";
 
 // The operation a command line asks for.
 enum class Operation { kRead, kWrite, kMeta, kList };
+
+// A number option's value, or `fallback` when it was left out.
+std::int16_t numberOr(const std::optional<int>& value, int fallback);
+// A text option's value, or `fallback` when it was left out.
+std::string orDefault(const std::optional<std::string>& value, const char* fallback);
+// The new content of a write: --new-content, or the bytes of
+// --new-content-file (`in` for -). Nothing, having said why on `err`, when
+// the file cannot be read or is no plain file.
+std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
+                                          std::ostream& err);
 
 }  // namespace tagwright
 

@@ -6,7 +6,6 @@
 #include <optional>
 #include <ostream>
 
-#include "plain_file.h"
 #include "unified_diff.h"
 
 namespace tagwright {
@@ -30,28 +29,6 @@ void hintAtLineEnds(const std::string& answer, const Tagwright& instance,
       }
     }
   }
-}
-
-std::int16_t numberOr(const std::optional<int>& value, int fallback) {
-  return static_cast<std::int16_t>(value.value_or(fallback));
-}
-
-std::string orDefault(const std::optional<std::string>& value, const char* fallback) {
-  return value ? *value : fallback;
-}
-
-std::optional<std::string> readNewContent(const CommandLine& line, std::istream& in,
-                                          std::ostream& err) {
-  if (line.newContent) return line.newContent;
-  if (*line.newContentFile == "-") {
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  }
-  std::optional<std::string> bytes = readPlainFile(*line.newContentFile);
-  if (!bytes) {
-    err << "tagwright: cannot read --new-content-file " << *line.newContentFile
-        << " (it must be a plain file)\n";
-  }
-  return bytes;
 }
 
 // A document name without leading "/", for the diff's a/NAME and b/NAME.

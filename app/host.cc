@@ -3,13 +3,18 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <thread>
 
+#include "batch/batch_run.h"
+#include "batch/document_list.h"
 #include "capturing_platform.h"
 #include "command_line.h"
 #include "document_output.h"
@@ -92,6 +97,108 @@ void addLocate(CLI::App* command, CommandLine& line, const char* defaultCount) {
   addLineEnds(command, line);
 }
 
+// The documents of read, write and meta: one is a single call, several (or a
+// list or a walk) a batch.
+void addDocuments(CLI::App* command, CommandLine& line) {
+  command->add_option(
+      "DOCUMENT", line.documents,
+      "the documents: physical or virtual paths, or - for standard input; several make a batch");
+  command->add_option("--files-from", line.sources.filesFrom,
+                      "also the documents named in FILE, one a line; - for stdin");
+  command->add_flag("-0,--null", line.sources.nulSeparated,
+                    "the names in --files-from end with NUL, as find -print0 writes them");
+  command->add_option("--recursive", line.sources.recursiveFolder,
+                      "also every file of FOLDER and its folders that matches --pattern, in "
+                      "ascending byte order; hidden names and links to folders are passed over");
+  command->add_option("--pattern", line.pattern,
+                      "the file names that --recursive takes, with * ? [...] (default *)");
+  command->add_option("--jobs", line.jobs, "documents handled at once (default: the cores)")
+      ->check(CLI::Range(1, 1024));
+  command->add_flag("--progress", line.progress,
+                    "show a batch's progress and summary on stderr also when it is no terminal");
+}
+
+bool isBatch(const CommandLine& line) {
+  return line.documents.size() != 1 || line.sources.filesFrom || line.sources.recursiveFolder;
+}
+
+// Several documents: each by an instance of its own, with the operation and
+// parameters that a single call of this command line would use.
+int runBatchCommand(const CommandLine& line, bool rewrite, bool meta, const Tagwright& mapper,
+                    const std::function<void(Tagwright&)>& configure, Platform& platform,
+                    std::istream& in, std::ostream& out, std::ostream& err) {
+  std::optional<std::string> newContent;
+  if (rewrite && !(newContent = readNewContent(line, in, err))) return 2;
+  BatchRequest request;
+  std::optional<std::vector<std::string>> documents =
+      listDocuments(line.sources, mapper, in, err, request.earlierFailures);
+  if (!documents) return 2;
+  request.documents = std::move(*documents);
+  request.configure = configure;
+  request.rewrite = rewrite;
+  request.json = line.json;
+  request.jobs =
+      line.jobs.value_or(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
+  request.progress = line.progress || ::isatty(2) == 1;
+  if (rewrite) {
+    request.operation = [&line, &newContent](Tagwright& each, const std::string& document) {
+      DocumentAnswer answer;
+      answer.count = each.writeXPointer(
+          *newContent, document, orDefault(line.elementName, "#element"),
+          orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
+          numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
+          orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
+          orDefault(line.separator, ""), &answer.text);
+      return answer;
+    };
+  } else if (meta) {
+    request.operation = [&line](Tagwright& each, const std::string& document) {
+      DocumentAnswer answer;
+      answer.text = each.readMetaContent(
+          document, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
+          numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
+          orDefault(line.separator, ""), &answer.count);
+      return answer;
+    };
+  } else {
+    request.operation = [&line](Tagwright& each, const std::string& document) {
+      DocumentAnswer answer;
+      answer.text = each.readXPointer(
+          document, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
+          orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
+          numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
+          orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
+          orDefault(line.separator, ""), &answer.count);
+      return answer;
+    };
+  }
+  return runBatch(request, platform, out, err);
+}
+
+void checkDocuments(CommandLine& line) {
+  if (line.documents.empty() && !line.sources.filesFrom && !line.sources.recursiveFolder) {
+    throw CLI::RequiredError("DOCUMENT (or --files-from, or --recursive)");
+  }
+  if (line.pattern && !line.sources.recursiveFolder) {
+    throw CLI::ValidationError("--pattern",
+                               "it chooses the files of --recursive, which is missing");
+  }
+  if (line.sources.nulSeparated && !line.sources.filesFrom) {
+    throw CLI::ValidationError("-0", "it tells how --files-from ends its names, which is missing");
+  }
+  if (line.sources.filesFrom == "-" && line.newContentFile == "-") {
+    throw CLI::ValidationError("--files-from",
+                               "standard input cannot give both the names and "
+                               "the new content");
+  }
+  if (line.sources.recursiveFolder && line.sources.recursiveFolder->empty()) {
+    throw CLI::ValidationError("--recursive", "the folder must not be empty");
+  }
+  if (line.pattern) line.sources.pattern = *line.pattern;
+  line.sources.arguments = line.documents;
+  if (!isBatch(line)) line.target = line.documents.front();
+}
+
 void addJsonLines(CLI::App* command, CommandLine& line) {
   command->add_flag("--json-lines", line.jsonLines,
                     "print one JSON object per part, as found: its text and where it starts and "
@@ -114,8 +221,16 @@ void addWriteForms(CLI::App* write, CommandLine& line) {
 }
 
 // The checks of the new options that CLI11 cannot express.
-void checkOutputForms(const CommandLine& line, CLI::App* read, CLI::App* write) {
-  const bool fromStandardInput = line.target == kStandardInput;
+void checkOutputForms(const CommandLine& line, CLI::App* read, CLI::App* write, CLI::App* list) {
+  if (!list->parsed() && isBatch(line)) {
+    const bool single = line.exitStatus || line.jsonLines || line.toStdout || line.dryRun ||
+                        std::find(line.documents.begin(), line.documents.end(), kStandardInput) !=
+                            line.documents.end();
+    if (single)
+      throw CLI::ValidationError("-e, --json-lines, --stdout, --dry-run and - take one document");
+    return;
+  }
+  const bool fromStandardInput = !list->parsed() && line.target == kStandardInput;
   if (line.jsonLines && !read->parsed() && !write->parsed())
     throw CLI::ValidationError("--json-lines", "only read and write print one object per part");
   if (line.jsonLines && line.json)
@@ -138,7 +253,7 @@ std::string standardInputName(const CommandLine& line) { return line.noContext ?
 std::string mappedPath(const std::string& name, const ContextSetting& context) {
   if (!context.present) return name;
   try {
-    Tagwright probe(Tagwright::systemPlatform());
+    Tagwright probe(systemPlatform());
     // Links are not what is asked here, only the name the path maps to.
     probe.OnStartPage(std::make_shared<SiteContext>(context.root, context.workingFolder, true));
     return probe.hostPathOf(name);
@@ -161,9 +276,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   app.add_flag("--completion-bash", completionWanted, "print the bash completion")->group("");
 
   CLI::App* read = app.add_subcommand("read", "print the parts of a document that a query locates");
-  read->add_option("DOCUMENT", line.target,
-                   "the document: a physical or virtual path, or - for standard input")
-      ->required();
+  addDocuments(read, line);
   addLocate(read, line, "0");
   addText(read, "--string-function", line.stringFunction,
           "occurrence,search,offset,length: a piece of each part's plain text (default none)");
@@ -172,11 +285,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
 
   CLI::App* write = app.add_subcommand(
       "write", "replace the located parts; the former document is kept as <name>.bak");
-  write
-      ->add_option("DOCUMENT", line.target,
-                   "the document: a physical or virtual path, or - for standard input "
-                   "(with --stdout)")
-      ->required();
+  addDocuments(write, line);
   auto* content = write->add_option("--new-content", line.newContent, "the new content");
   auto* contentFile =
       write->add_option("--new-content-file", line.newContentFile,
@@ -188,9 +297,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   addCommon(write, line);
 
   CLI::App* meta = app.add_subcommand("meta", "print the name and content pairs of <meta> tags");
-  meta->add_option("DOCUMENT", line.target,
-                   "the document: a physical or virtual path, or - for standard input")
-      ->required();
+  addDocuments(meta, line);
   addText(meta, "--meta-name", line.metaName, "names that end in this text (default *: all)");
   meta->add_option("--start-instance", line.startInstance, "first tag taken (default 1)")
       ->check(CLI::Range(-32768, 32767));
@@ -224,6 +331,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
         reversed.push_back(*it);
       }
     }
+    // The build makes the manual page and the completion from these.
     if (arguments.size() == 1 &&
         (arguments[0] == "--help-man" || arguments[0] == "--completion-bash")) {
       out << (arguments[0] == "--help-man" ? manPage(app) : bashCompletion(app));
@@ -234,7 +342,8 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
       throw CLI::RequiredError("--new-content or --new-content-file");
     }
     if (line.root.empty()) throw CLI::ValidationError("--root", "the site root must not be empty");
-    checkOutputForms(line, read, write);
+    if (read->parsed() || write->parsed() || meta->parsed()) checkDocuments(line);
+    checkOutputForms(line, read, write, list);
   } catch (const CLI::CallForHelp&) {
     out << app.help();
     return 0;
@@ -252,21 +361,20 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   }
   if (serve->parsed()) return runServe(serveOptions, err);
 
-  ContextSetting context;
-  context.present = !line.noContext;
-  context.root = line.root;
+  ContextSetting setting;
+  setting.present = !line.noContext;
+  setting.root = line.root;
   std::error_code gone;  // a working folder that was removed: no path needs it yet
-  context.workingFolder = std::filesystem::current_path(gone).string();
+  setting.workingFolder = std::filesystem::current_path(gone).string();
 
-  const bool fromStandardInput = line.target == kStandardInput && !list->parsed();
+  const bool batch = !list->parsed() && isBatch(line);
+  const bool fromStandardInput = !list->parsed() && !batch && line.target == kStandardInput;
   const std::string document = fromStandardInput ? standardInputName(line) : line.target;
   std::unique_ptr<Platform> streaming;
   if (fromStandardInput && platform == nullptr) {
-    streaming = Tagwright::systemPlatformStreaming(mappedPath(document, context), STDIN_FILENO);
+    streaming = systemPlatformStreaming(mappedPath(document, setting), STDIN_FILENO);
   }
-  Platform& base = streaming             ? *streaming
-                   : platform != nullptr ? *platform
-                                         : Tagwright::systemPlatform();
+  Platform& base = streaming ? *streaming : platform != nullptr ? *platform : systemPlatform();
   std::optional<CapturingPlatform> capture;
   if (line.toStdout || line.dryRun) capture.emplace(base);
 
@@ -277,15 +385,24 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     err << "tagwright: cannot start: " << error.what() << "\n";
     return 1;
   }
-  context.followLinksOut = line.followLinksOut || instance->followsLinksOut();
-  if (context.present) {
-    instance->OnStartPage(
-        std::make_shared<SiteContext>(context.root, context.workingFolder, context.followLinksOut));
+  setting.followLinksOut = line.followLinksOut || instance->followsLinksOut();
+  std::shared_ptr<ScriptingContext> context;
+  if (setting.present) {
+    context =
+        std::make_shared<SiteContext>(setting.root, setting.workingFolder, setting.followLinksOut);
   }
-  if (line.lineEnds)
-    instance->setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
+  // The page context is only read once made, so the instances of a batch share it.
+  auto configure = [&line, context](Tagwright& each) {
+    if (context) each.OnStartPage(context);
+    if (line.lineEnds) each.setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
+  };
+  configure(*instance);
+  if (batch) {
+    return runBatchCommand(line, write->parsed(), meta->parsed(), *instance, configure, base, in,
+                           out, err);
+  }
 
-  DocumentRun run{context,
+  DocumentRun run{setting,
                   capture ? &*capture : nullptr,
                   {line.json, line.jsonLines, line.exitStatus, outputIsTerminal}};
   const Operation operation = read->parsed()   ? Operation::kRead

@@ -18,6 +18,9 @@ std::optional<std::string> readPlainFile(const std::string& path) {
   std::optional<std::string> bytes;
   if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) {
     bytes.emplace();
+    // Room of the file's size: a content as long as a document is held
+    // once, not grown by doubling.
+    bytes->reserve(static_cast<std::size_t>(st.st_size));
     char block[65536];
     for (;;) {
       ssize_t n = ::read(fd, block, sizeof block);

@@ -1,7 +1,15 @@
 #!/usr/bin/env python3
 """Writes the pages that bench/compare measures on, with the answers each task must give.
 
-    generate_pages.py SIZE_MIB OUT_DIR      writes OUT_DIR/page-SIZEm.htm and its answers
+    generate_pages.py SIZE_MIB OUT_DIR [SHAPE]   writes OUT_DIR/page[-SHAPE]-SIZEm.htm and its answers
+
+Three shapes of page, each from its own writer:
+
+    mixed    (page-16m.htm) the page described below
+    inline   (page-inline-16m.htm) long paragraphs full of inline markup over
+             lines of about 108 bytes, attributes in both quote styles
+    ptags    (page-ptags-16m.htm) many tags that begin with "p" and are no
+             <p>: <pre>, <param>, <path>, <picture>, <progress>
 
 A page is the same for a size on every machine (fixed seed, no library random
 generator whose sequence could change): CR LF lines, nested divs, paragraphs
@@ -32,7 +40,7 @@ import sys
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "peers"))
 from strip_markup import strip_markup  # noqa: E402
 
-GENERATOR_VERSION = 3
+GENERATOR_VERSION = 4
 SEED = 20240607
 # Tagwright's default CountInstances: a read takes at most this many instances.
 COUNT_INSTANCES_CAP = 32000
@@ -199,14 +207,10 @@ def write_target(out, rng):
     return start, end
 
 
-def generate(size_mib, out_dir):
-    size = size_mib << 20
-    base = os.path.join(out_dir, "page-%dm" % size_mib)
-    rng = Rng(SEED)
-    out = PageWriter(base)
+def write_mixed(out, rng, size):
     out.emit('<!DOCTYPE html>\r\n<html lang="en">\r\n<head>\r\n<meta charset="utf-8">\r\n'
              "<title>Harbour news — %d MiB</title>\r\n</head>\r\n<body>\r\n"
-             '<div class="page">\r\n' % size_mib)
+             '<div class="page">\r\n' % (size >> 20))
     target = None
     number = 0
     while out.offset < size:
@@ -215,6 +219,139 @@ def generate(size_mib, out_dir):
         write_section(out, rng, number)
         number += 1
     out.emit("</div>\r\n</body>\r\n</html>\r\n")
+    return target
+
+
+# --- the inline-heavy shape ---------------------------------------------------
+
+INLINE_WORDS = ["the", "harbour", "master", "said", "that", "ferries", "will", "run", "late",
+                "tonight", "because", "of", "fog", "and", "a", "strong", "tide", "near", "pier",
+                "seven", "weather", "island", "market", "bridge", "morning", "evening", "boats",
+                "passengers", "were", "told", "to", "wait", "at", "terminal", "north", "south",
+                "after", "storm", "warning", "from", "coast", "guard", "service", "Zürich", "Ærø", "café", "Kraków", "naïve", "façade", "—", "€40",
+                "Ελλάδα", "東京", "Straße", "Łódź"]
+
+
+def inline_words(rng, count):
+    return " ".join(rng.pick(INLINE_WORDS) for _ in range(count))
+
+
+def inline_run(rng):
+    """A run of phrasing content of an inline-heavy paragraph: mostly markup."""
+    kind = rng.below(12)
+    quote = rng.pick(['"', "'"])
+    if kind == 0:
+        return "<b>%s</b>" % inline_words(rng, 1 + rng.below(3))
+    if kind == 1:
+        return "<i>%s</i>" % inline_words(rng, 1 + rng.below(2))
+    if kind == 2:
+        return "<a href=%s/story/%d.htm%s class=%slink%s>%s</a>" % (
+            quote, rng.below(90000), quote, quote, quote, inline_words(rng, 1 + rng.below(4)))
+    if kind == 3:
+        return "<span class=%s%s%s>%s</span>" % (quote, rng.pick(["em", "hl", "q", "x-y"]), quote,
+                                                 inline_words(rng, 1 + rng.below(3)))
+    if kind == 4:
+        return "<span><b>%s</b> <i>%s</i></span>" % (rng.pick(INLINE_WORDS), rng.pick(INLINE_WORDS))
+    if kind == 5:
+        return "<!-- %s -->" % inline_words(rng, 2)
+    if kind == 6:
+        return rng.pick(ENTITIES)
+    return inline_words(rng, 1 + rng.below(5))
+
+
+def wrapped(runs, first_width):
+    """The runs joined by blanks, with CR LF in place of a blank wherever a line would pass
+    about 108 bytes."""
+    lines, line, width = [], [], first_width
+    for run in runs:
+        size = len(run.encode("utf-8")) + 1
+        if line and width + size > 106:
+            lines.append(" ".join(line))
+            line, width = [], 0
+        line.append(run)
+        width += size
+    lines.append(" ".join(line))
+    return "\r\n".join(lines)
+
+
+def write_inline(out, rng, size):
+    out.emit("<!DOCTYPE html>\r\n<html>\r\n<head>\r\n<meta charset='utf-8'>\r\n"
+             "<title>Inline-heavy page</title>\r\n</head>\r\n<body>\r\n")
+    target = None
+    while out.offset < size:
+        if target is None and out.offset >= size * 95 // 100:
+            target = write_target(out, rng)
+        out.emit("<!-- story %d -->\r\n<div class='story'>\r\n<h2>%s</h2>\r\n"
+                 % (rng.below(100000), inline_words(rng, 4)))
+        for _ in range(2 + rng.below(4)):
+            tag = rng.pick(["<p>", '<p class="lead">', "<p class='body' id='p%d'>"
+                            % rng.below(9999), '<p lang="de">'])
+            runs = [inline_run(rng) for _ in range(10 + rng.below(30))]
+            out.paragraph(tag, wrapped(runs, len(tag)))
+            out.emit("\r\n")
+        out.emit("</div>\r\n")
+    out.emit("</body>\r\n</html>\r\n")
+    return target
+
+
+# --- the shape of many tags that begin with "p" ----------------------------------
+
+def p_words_tag(rng, phrasing=False):
+    """A tag that begins with "<p" and is no <p>; with `phrasing`, only those that a paragraph
+    may hold, so that the tree parsers keep the paragraph whole."""
+    kind = 1 + rng.below(3) if phrasing else rng.below(6)
+    if kind == 0:
+        return '<param name="%s" value="%d">' % (rng.pick(WORDS), rng.below(100))
+    if kind == 1:
+        return '<svg width="16" height="16"><path d="M%d %dL%d %d"/></svg>' % (
+            rng.below(16), rng.below(16), rng.below(16), rng.below(16))
+    if kind == 2:
+        return "<picture><source srcset='/i/%d.webp'><img src='/i/%d.png' alt=''></picture>" % (
+            rng.below(900), rng.below(900))
+    if kind == 3:
+        return '<progress value="%d" max="100"></progress>' % rng.below(100)
+    if kind == 4:
+        return "<PRE class='inline'>%s</PRE>" % words(rng, 2)
+    return "<path d='M0 0'/>"
+
+
+def write_ptags(out, rng, size):
+    out.emit("<!DOCTYPE html>\r\n<html>\r\n<head><title>Tags that begin with p</title></head>"
+             "\r\n<body>\r\n")
+    target = None
+    while out.offset < size:
+        if target is None and out.offset >= size * 95 // 100:
+            target = write_target(out, rng)
+        out.emit("<div class='widget'>\r\n<object data='/w/%d'>\r\n" % rng.below(5000))
+        for _ in range(3 + rng.below(6)):
+            out.emit("  %s\r\n" % p_words_tag(rng))
+        out.emit("</object>\r\n<pre>\r\n")
+        for _ in range(2 + rng.below(8)):
+            out.emit("%s &lt;%s&gt;\r\n" % (words(rng, 4), rng.pick(["p", "pre", "param"])))
+        out.emit("</pre>\r\n")
+        if rng.below(2) == 0:
+            runs = []
+            for _ in range(6 + rng.below(14)):
+                runs.append(p_words_tag(rng, True) if rng.below(3) == 0
+                            else words(rng, 1 + rng.below(4)))
+            out.paragraph(rng.pick(["<p>", '<p class="caption">']), wrapped(runs, 3))
+            out.emit("\r\n")
+        out.emit("</div>\r\n")
+    out.emit("</body>\r\n</html>\r\n")
+    return target
+
+
+SHAPES = {"mixed": ("page-%dm", write_mixed), "inline": ("page-inline-%dm", write_inline),
+          "ptags": ("page-ptags-%dm", write_ptags)}
+
+
+def generate(size_mib, out_dir, shape="mixed"):
+    size = size_mib << 20
+    name, writer = SHAPES[shape]
+    base = os.path.join(out_dir, name % size_mib)
+    rng = Rng(SEED)
+    out = PageWriter(base)
+    target = writer(out, rng, size)
     out.close()
     with open(base + ".htm", "rb") as page:
         page.seek(target[0])
@@ -223,6 +360,7 @@ def generate(size_mib, out_dir):
         answer.write(inner)
     facts = {
         "version": GENERATOR_VERSION,
+        "shape": shape,
         "bytes": out.offset,
         "paragraphs": out.paragraphs,
         "angle_brackets": out.angle_brackets,
@@ -247,6 +385,6 @@ def sha256_of(path):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
+    if len(sys.argv) not in (3, 4):
         sys.exit(__doc__)
-    print(json.dumps(generate(int(sys.argv[1]), sys.argv[2])))
+    print(json.dumps(generate(int(sys.argv[1]), sys.argv[2], *sys.argv[3:])))

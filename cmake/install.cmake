@@ -15,6 +15,7 @@ install(FILES ${TAGWRIGHT_COMPLETION}
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT runtime)
 install(FILES include/tagwright/tagwright.h include/tagwright/tagwright_c.h
               include/tagwright/site_context.h include/tagwright/export.h
+              include/tagwright/plain_types.h
               ${CMAKE_CURRENT_BINARY_DIR}/generated/include/tagwright/version.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tagwright COMPONENT devel)
 

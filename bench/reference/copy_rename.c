@@ -2,7 +2,9 @@
  * beside it by read and write in 1 MiB blocks, then renames the copy over the
  * file. With --sync the copy and its folder are synced first, as a rewrite
  * that must survive a power cut does.
- *   copy_rename [--sync] FILE      prints nothing; "matches: 0" on stderr */
+ * Several FILEs are done one after the other, each in full (bench/site runs
+ * it under xargs, as a site-wide rewrite would).
+ *   copy_rename [--sync] FILE...   prints nothing; "matches: 0" on stderr */
 #include <fcntl.h>
 #include <libgen.h>
 #include <stdio.h>
@@ -14,14 +16,8 @@ static int fail(const char* what) {
   return 1;
 }
 
-int main(int argc, char** argv) {
+static int copyRename(const char* path, int sync) {
   static char block[1 << 20];
-  int sync = argc == 3 && strcmp(argv[1], "--sync") == 0;
-  if (argc != 2 + sync) {
-    fprintf(stderr, "usage: copy_rename [--sync] FILE\n");
-    return 2;
-  }
-  const char* path = argv[1 + sync];
   char temporary[4096];
   snprintf(temporary, sizeof temporary, "%s.tmp~", path);
   int in = open(path, O_RDONLY);
@@ -43,6 +39,18 @@ int main(int argc, char** argv) {
     int directory = open(dirname(folder), O_RDONLY | O_DIRECTORY);
     if (directory < 0 || fsync(directory) != 0) return fail("folder");
     close(directory);
+  }
+  return 0;
+}
+
+int main(int argc, char** argv) {
+  int sync = argc >= 2 && strcmp(argv[1], "--sync") == 0;
+  if (argc < 2 + sync) {
+    fprintf(stderr, "usage: copy_rename [--sync] FILE...\n");
+    return 2;
+  }
+  for (int i = 1 + sync; i < argc; ++i) {
+    if (copyRename(argv[i], sync) != 0) return 1;
   }
   fprintf(stderr, "matches: 0\n");
   return 0;

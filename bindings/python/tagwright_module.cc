@@ -100,15 +100,11 @@ class Tagwright {
     int count = int16Parameter(countInstances, "count_instances");
     OwnedText text;
     int found = 0;
-    int code;
-    {
-      py::gil_scoped_release unlocked;
-      std::lock_guard<std::mutex> oneCallAtATime(busy_);
-      code = tagwright_read(handle_.get(), args[0].c_str(), args[1].c_str(), args[2].c_str(),
+    check(unlocked([&] {
+      return tagwright_read(handle_.get(), args[0].c_str(), args[1].c_str(), args[2].c_str(),
                             args[3].c_str(), start, count, args[4].c_str(), args[5].c_str(),
                             args[6].c_str(), args[7].c_str(), &text.data, &text.length, &found);
-    }
-    check(code);
+    }));
     return textAnswer(text, found);
   }
 
@@ -127,16 +123,12 @@ class Tagwright {
     int count = int16Parameter(countInstances, "count_instances");
     OwnedText former;
     int found = 0;
-    int code;
-    {
-      py::gil_scoped_release unlocked;
-      std::lock_guard<std::mutex> oneCallAtATime(busy_);
-      code = tagwright_write(handle_.get(), content.data(), content.size(), args[0].c_str(),
+    check(unlocked([&] {
+      return tagwright_write(handle_.get(), content.data(), content.size(), args[0].c_str(),
                              args[1].c_str(), args[2].c_str(), args[3].c_str(), start, count,
                              args[4].c_str(), args[5].c_str(), args[6].c_str(), &found,
                              &former.data, &former.length);
-    }
-    check(code);
+    }));
     py::str formerText = strOf(former.data, former.length);
     raiseIfFailed(formerText, found);
     return py::make_tuple(found, formerText);
@@ -151,14 +143,10 @@ class Tagwright {
     int count = int16Parameter(countInstances, "count_instances");
     OwnedText text;
     int found = 0;
-    int code;
-    {
-      py::gil_scoped_release unlocked;
-      std::lock_guard<std::mutex> oneCallAtATime(busy_);
-      code = tagwright_meta(handle_.get(), args[0].c_str(), args[1].c_str(), start, count,
+    check(unlocked([&] {
+      return tagwright_meta(handle_.get(), args[0].c_str(), args[1].c_str(), start, count,
                             args[2].c_str(), args[3].c_str(), &text.data, &text.length, &found);
-    }
-    check(code);
+    }));
     return textAnswer(text, found);
   }
 
@@ -167,18 +155,23 @@ class Tagwright {
                           parameter(separator, "separator")};
     OwnedText text;
     int found = 0;
-    int code;
-    {
-      py::gil_scoped_release unlocked;
-      std::lock_guard<std::mutex> oneCallAtATime(busy_);
-      code = tagwright_list(handle_.get(), args[0].c_str(), args[1].c_str(), args[2].c_str(),
+    check(unlocked([&] {
+      return tagwright_list(handle_.get(), args[0].c_str(), args[1].c_str(), args[2].c_str(),
                             &text.data, &text.length, &found);
-    }
-    check(code);
+    }));
     return textAnswer(text, found);
   }
 
  private:
+  // Runs a call of the C interface with the interpreter lock released, one
+  // call of this instance at a time.
+  template <typename Call>
+  int unlocked(Call call) {
+    py::gil_scoped_release released;
+    std::lock_guard<std::mutex> oneCallAtATime(busy_);
+    return call();
+  }
+
   struct Delete {
     void operator()(tagwright_instance* handle) const { tagwright_delete(handle); }
   };

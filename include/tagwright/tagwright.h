@@ -32,16 +32,11 @@
 #include <string_view>
 
 #include "tagwright/export.h"
+#include "tagwright/plain_types.h"
 
 namespace tagwright {
 
 class Platform;
-
-// An advisory lock that is held until the handle is destroyed.
-class FileLock {
- public:
-  virtual ~FileLock() = default;
-};
 
 // The host's server object: maps a virtual path of the site to a physical
 // path ("\srv\site\a.htm"), or throws when it cannot.
@@ -56,33 +51,6 @@ class TAGWRIGHT_EXPORT ScriptingContext {
  public:
   virtual ~ScriptingContext() = default;
   virtual PageServer& Server() = 0;
-};
-
-// What ends a line of a document. kCrLf, the default: CR or CR LF, a lone LF
-// stays in its line, and a rewrite ends every line with CR LF. kAny: a lone LF
-// ends a line too; matches, positions and the 16-bit limits are those of the
-// document with every line end made CR LF, while results and rewrites keep
-// each line's own end.
-enum class LineEnds { kCrLf, kAny };
-
-// Where a located part begins or ends in its document: the byte offset from
-// 0, the line and the column from 1. Columns count characters; lines end as
-// the instance's LineEnds mode says (in kCrLf a lone CR counts as CR LF).
-struct TextPosition {
-  std::uint64_t byte = 0;
-  std::uint64_t line = 1;
-  std::uint64_t column = 1;
-};
-
-// One part that readXPointer returns (or writeXPointer replaces): its text as
-// it stands in the result, and the stretch of the document it was made from, `start` at its first
-// character and `end` behind its last. For inner and outer markup the
-// document's bytes from start.byte up to end.byte are the text; for inner
-// text and the functions they are what the text was made from.
-struct FoundPart {
-  std::string text;
-  TextPosition start;
-  TextPosition end;
 };
 
 class TAGWRIGHT_EXPORT Tagwright {
@@ -131,16 +99,6 @@ class TAGWRIGHT_EXPORT Tagwright {
   void observeParts(std::function<void(const FoundPart&)> observer) {
     partObserver_ = std::move(observer);
   }
-
-  // The system's platform, for hosts that wrap it (see Tagwright(Platform&)).
-  static Platform& systemPlatform();
-  // The system's platform, except that the document `documentPath` (a
-  // physical path such as Server().MapPath returns, or a host path) is read
-  // from the open `descriptor` (a pipe, say), once and chunk by chunk as a
-  // file is. Nothing of that name on disk is opened for input.
-  //   auto stdinPlatform = Tagwright::systemPlatformStreaming("/srv/site/-", 0);
-  static std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath,
-                                                           int descriptor);
 
   // Whether the settings let virtual paths follow links out of the site root
   // (FollowLinksOut=1), for the host that makes the page context.
@@ -205,6 +163,7 @@ class TAGWRIGHT_EXPORT Tagwright {
   bool allowPhysicalFileList = true;
   LineEnds lineEndMode = LineEnds::kCrLf;
   bool followLinksOut = false;
+  bool bytePaths = true;  // false only in tests that hold the two paths of a read together
   std::shared_ptr<ScriptingContext> ScriptingContext_;
   std::function<void(const FoundPart&)> partObserver_;
 };

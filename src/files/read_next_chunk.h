@@ -11,7 +11,7 @@
 #include "platform/int16.h"
 #include "platform/platform.h"
 #include "platform/text.h"
-#include "tagwright/tagwright.h"
+#include "tagwright/plain_types.h"
 
 namespace tagwright {
 

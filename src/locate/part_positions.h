@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "files/read_next_chunk.h"
-#include "locate/query.h"
+#include "tagwright/plain_types.h"
 
 namespace tagwright {
 

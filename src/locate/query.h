@@ -7,7 +7,7 @@
 #include "platform/int16.h"
 #include "platform/platform.h"
 #include "platform/text.h"
-#include "tagwright/tagwright.h"
+#include "tagwright/plain_types.h"
 
 namespace tagwright {
 
@@ -32,6 +32,10 @@ struct CallContext {
   std::int32_t bufferLength;
   TextView resultSeparator;
   LineEnds lineEnds;
+  // False keeps a read on the lower-cased characters of each chunk, where it
+  // would otherwise search and cut on the bytes: the two must agree, and
+  // tests hold one against the other.
+  bool bytePaths = true;
   // Told of every part taken, with its positions; null for none.
   const std::function<void(const FoundPart&)>* partObserver = nullptr;
 };

@@ -2,6 +2,7 @@
 #define TAGWRIGHT_LOCATE_SCAN_DOCUMENT_H_
 
 #include <string>
+#include <string_view>
 
 #include "platform/int16.h"
 #include "platform/text.h"
@@ -18,14 +19,15 @@ namespace tagwright {
 // Closes the document in every case.
 //
 // In write mode the new document goes to a temporary file with each taken
-// stretch replaced by `NewContent`, and at the end takes the document's
+// stretch replaced by `NewContent` (UTF-8, written as it is), and at the end takes the document's
 // place, the former document becoming the backup.
 //
 // Returns the empty text on success (also when nothing was found), else the
 // failure's message; `scanResult` is then empty and `MatchesFound` means
 // nothing.
 Text scanDocument(const CallContext& call, std::string& scanResult, const Query& query,
-                  Int16 fileNumber, bool writeMode, TextView NewContent, Int16& MatchesFound);
+                  Int16 fileNumber, bool writeMode, std::string_view NewContent,
+                  Int16& MatchesFound);
 
 }  // namespace tagwright
 

@@ -8,20 +8,31 @@
 namespace tagwright {
 namespace {
 
-// The first byte at or after `from` that may begin `lowerWhat` in the
-// lower-cased text: `first` followed by `second` or its capital, or by any
-// byte beyond ASCII, whose character is told only when decoded. Blocks of
-// bytes are tested whole, so that the many "<" of markup that begin some
-// other tag cost no branch each. Returns `n` when there is none.
+// What a candidate must begin with: `first`, then `second` (or its capital,
+// `fold` being 0x20 for a letter), then `third` likewise unless it is 0. A
+// byte beyond ASCII in the second or third place may begin a character that
+// lower-cases to the one wanted, and is told only when decoded.
+struct Lead {
+  unsigned char first, second, fold, third, thirdFold;
+};
+
+// The first byte at or after `from` that may begin the text wanted in the
+// lower-cased text, by its lead. Blocks of bytes are tested whole, so that
+// the many "<" of markup that begin some other tag cost no branch each.
+// Returns `n` when there is none.
 TAGWRIGHT_VECTOR_CLONES std::size_t nextPairCandidatePortable(const unsigned char* bytes,
                                                               std::size_t n, std::size_t from,
-                                                              unsigned char first,
-                                                              unsigned char second,
-                                                              unsigned char fold) {
+                                                              Lead lead) {
   constexpr std::size_t kBlock = 64;
+  // The last byte of a chunk begins no candidate of three: a third byte
+  // lies behind every candidate tested in blocks.
   auto isCandidate = [&](std::size_t i) {
-    unsigned char next = bytes[i + 1];
-    return (bytes[i] == first) & (((next | fold) == second) | (next >= 0x80));
+    const unsigned char next = bytes[i + 1];
+    const unsigned char third = i + 2 < n ? bytes[i + 2] : 0x80;
+    const bool thirdFits =
+        lead.third == 0 || ((third | lead.thirdFold) == lead.third) || third >= 0x80;
+    return (bytes[i] == lead.first) &
+           ((((next | lead.fold) == lead.second) & thirdFits) | (next >= 0x80));
   };
   std::size_t i = from;
   while (i + kBlock < n) {
@@ -44,44 +55,59 @@ TAGWRIGHT_VECTOR_CLONES std::size_t nextPairCandidatePortable(const unsigned cha
 // The same, 32 bytes at a time; the top bit of a byte beyond ASCII is the
 // bit the mask is taken from, so such a byte needs no comparison.
 TAGWRIGHT_AVX2 std::size_t nextPairCandidateAvx2(const unsigned char* bytes, std::size_t n,
-                                                 std::size_t from, unsigned char first,
-                                                 unsigned char second, unsigned char fold) {
-  const __m256i wantFirst = _mm256_set1_epi8(static_cast<char>(first));
-  const __m256i wantSecond = _mm256_set1_epi8(static_cast<char>(second));
-  const __m256i folding = _mm256_set1_epi8(static_cast<char>(fold));
+                                                 std::size_t from, Lead lead) {
+  const __m256i wantFirst = _mm256_set1_epi8(static_cast<char>(lead.first));
+  const __m256i wantSecond = _mm256_set1_epi8(static_cast<char>(lead.second));
+  const __m256i folding = _mm256_set1_epi8(static_cast<char>(lead.fold));
+  // Without a third character every third byte fits: all ones.
+  const __m256i wantThird = _mm256_set1_epi8(static_cast<char>(lead.third));
+  const __m256i thirdFolding =
+      _mm256_set1_epi8(static_cast<char>(lead.third == 0 ? 0xFF : lead.thirdFold));
+  const __m256i anyThird = _mm256_set1_epi8(static_cast<char>(lead.third == 0 ? 0xFF : 0));
   std::size_t i = from;
-  for (; i + 33 <= n; i += 32) {
+  for (; i + 34 <= n; i += 32) {
     const __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i));
     const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i + 1));
-    const __m256i secondFits =
-        _mm256_or_si256(_mm256_cmpeq_epi8(_mm256_or_si256(next, folding), wantSecond), next);
+    const __m256i third = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i + 2));
+    const __m256i thirdFits = _mm256_or_si256(
+        _mm256_or_si256(_mm256_cmpeq_epi8(_mm256_or_si256(third, thirdFolding), wantThird), third),
+        anyThird);
+    const __m256i secondFits = _mm256_or_si256(
+        _mm256_and_si256(_mm256_cmpeq_epi8(_mm256_or_si256(next, folding), wantSecond), thirdFits),
+        next);
     const auto mask = static_cast<unsigned>(
         _mm256_movemask_epi8(_mm256_and_si256(_mm256_cmpeq_epi8(here, wantFirst), secondFits)));
     if (mask != 0) return i + static_cast<std::size_t>(std::countr_zero(mask));
   }
-  return nextPairCandidatePortable(bytes, n, i, first, second, fold);
+  return nextPairCandidatePortable(bytes, n, i, lead);
 }
 #endif
 
 std::size_t nextPairCandidate(const unsigned char* bytes, std::size_t n, std::size_t from,
-                              unsigned char first, unsigned char second, unsigned char fold) {
+                              Lead lead) {
 #ifdef TAGWRIGHT_HAVE_AVX2_PATH
-  if (processorHasAvx2()) {
-    return nextPairCandidateAvx2(bytes, n, from, first, second, fold);
-  }
+  if (processorHasAvx2()) return nextPairCandidateAvx2(bytes, n, from, lead);
 #endif
-  return nextPairCandidatePortable(bytes, n, from, first, second, fold);
+  return nextPairCandidatePortable(bytes, n, from, lead);
 }
 
 bool holdsLoweredAt(std::string_view utf8, std::size_t at, TextView lowerWhat) {
   for (char32_t want : lowerWhat) {
     if (at >= utf8.size()) return false;
+    const auto b = static_cast<unsigned char>(utf8[at]);
+    if (b < 0x80) {  // an ASCII character lower-cases on its own
+      if ((b - unsigned{'A'} < 26u ? b + 32u : b) != want) return false;
+      ++at;
+      continue;
+    }
     char32_t c;
     at += decodeCharacter(utf8, at, c);
     if (lowerChar(c) != want) return false;
   }
   return true;
 }
+
+unsigned char foldOf(char32_t c) { return c >= U'a' && c <= U'z' ? 0x20 : 0x00; }
 
 }  // namespace
 
@@ -104,10 +130,12 @@ std::size_t findLowered(std::string_view utf8, TextView lowerWhat, std::size_t f
     }
     return std::string_view::npos;
   }
-  const unsigned char fold = (second >= U'a' && second <= U'z') ? 0x20 : 0x00;
-  const auto secondByte = static_cast<unsigned char>(second);
-  for (std::size_t at = nextPairCandidate(bytes, n, from, first, secondByte, fold); at < n;
-       at = nextPairCandidate(bytes, n, at + 1, first, secondByte, fold)) {
+  // A third character beyond ASCII is not filtered on.
+  const char32_t third = lowerWhat.size() > 2 && lowerWhat[2] < 0x80 ? lowerWhat[2] : 0;
+  const Lead lead{first, static_cast<unsigned char>(second), foldOf(second),
+                  static_cast<unsigned char>(third), foldOf(third)};
+  for (std::size_t at = nextPairCandidate(bytes, n, from, lead); at < n;
+       at = nextPairCandidate(bytes, n, at + 1, lead)) {
     if (holdsLoweredAt(utf8, at, lowerWhat)) return at;
   }
   return std::string_view::npos;

@@ -9,7 +9,8 @@
 
 #include "platform/int16.h"
 #include "platform/text.h"
-#include "tagwright/tagwright.h"
+#include "tagwright/export.h"
+#include "tagwright/plain_types.h"
 
 namespace tagwright {
 
@@ -64,6 +65,10 @@ class Platform {
   virtual std::uint64_t fileSize(Int16 fileNumber) = 0;
   // Writes `bytes` exactly, adding nothing.
   virtual void writeBytes(Int16 fileNumber, std::string_view bytes) = 0;
+  // Hands what was written to the system, without waiting for the disk; a
+  // host that syncs a whole file system afterwards (the batch host) makes it
+  // durable that way.
+  virtual void flushFile(Int16 fileNumber) = 0;
   // Makes what was written durable: flushed and synced to the disk.
   virtual void syncFile(Int16 fileNumber) = 0;
   // Closes the file and frees the number; a write that fails then throws.
@@ -127,7 +132,9 @@ class Platform {
 
 // The platform of this process: POSIX files, the system clock and the
 // settings file named by TAGWRIGHT_SETTINGS or /etc/tagwright/settings.conf.
-Platform& systemPlatform();
+// Exported, so that a host can wrap it (the batch host defers its syncs,
+// write --stdout keeps the new document aside).
+TAGWRIGHT_EXPORT Platform& systemPlatform();
 
 // The same platform with the settings read from `settingsFile` instead,
 // for hosts that give each instance a settings file of its own.
@@ -136,7 +143,9 @@ std::unique_ptr<Platform> systemPlatformWithSettings(std::string settingsFile);
 // The system's platform, except that the document `documentPath` (a
 // physical or host path) is read from the open `descriptor`, once, chunk by
 // chunk as a file is; nothing on disk of that name is opened for input.
-std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath, int descriptor);
+// Exported for the host that reads standard input as a document.
+TAGWRIGHT_EXPORT std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath,
+                                                                   int descriptor);
 
 }  // namespace tagwright
 

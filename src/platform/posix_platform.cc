@@ -314,6 +314,13 @@ class PosixPlatform : public Platform {
     file.pending.append(bytes);
   }
 
+  void flushFile(Int16 fileNumber) override {
+    OpenFile& file = fileOf(fileNumber);
+    file.flush();
+    // A background sync that failed must fail this file, whoever syncs it.
+    file.backgroundSync.finish();
+  }
+
   void syncFile(Int16 fileNumber) override {
     OpenFile& file = fileOf(fileNumber);
     file.flush();

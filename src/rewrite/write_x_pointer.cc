@@ -14,16 +14,15 @@ int Tagwright::writeXPointer(const std::string& NewContent, const std::string& D
   std::string errorResult;
   try {
     // NewContent goes in as given: neither trimmed nor lower-cased.
-    Text newContent = fromUtf8(NewContent);
     Query query = normalizedQuery(DocumentName, ElementName, AttributeName, AttributeValue,
                                   StartInstance, CountInstances, ContentType, SpanFunction, "");
     resultSeparator = trimmedParameter(ResultSeparatorChars);
     std::string scanResult;
     Int16 localMatches = 0;
-    Text message =
-        locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite}, bufferLength,
-                      lineEndMode, query, resultSeparator, true, newContent, scanResult,
-                      localMatches, partObserver_ ? &partObserver_ : nullptr);
+    Text message = locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite},
+                                 bufferLength, lineEndMode, query, resultSeparator, true,
+                                 NewContent, scanResult, localMatches, true,
+                                 partObserver_ ? &partObserver_ : nullptr);
     if (message.empty()) {
       count = localMatches.value();
       errorResult = std::move(scanResult);

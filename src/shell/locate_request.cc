@@ -6,12 +6,13 @@ namespace tagwright {
 
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength,
                    LineEnds lineEnds, Query& query, Text& resultSeparator, bool writeMode,
-                   TextView NewContent, std::string& scanResult, Int16& matches,
-                   const std::function<void(const FoundPart&)>* partObserver) {
+                   std::string_view NewContent, std::string& scanResult, Int16& matches,
+                   bool bytePaths, const std::function<void(const FoundPart&)>* partObserver) {
   Int16 fileNumber = 0;
   Text message = validateParameters(validation, query, resultSeparator, fileNumber);
   if (!message.empty()) return message;
-  return scanDocument({validation.platform, bufferLength, resultSeparator, lineEnds, partObserver},
+  return scanDocument(
+      {validation.platform, bufferLength, resultSeparator, lineEnds, bytePaths, partObserver},
                       scanResult, query, fileNumber, writeMode, NewContent, matches);
 }
 

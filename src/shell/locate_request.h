@@ -9,10 +9,11 @@ namespace tagwright {
 // The common road of readXPointer and writeXPointer: validateParameters,
 // then scanDocument on the document it opened. Returns the empty text on
 // success, with `scanResult` (UTF-8) and `matches` set; else the failure's
-// message. `partObserver`, when given, is told of each part taken.
+// message. `bytePaths` and `partObserver` as in CallContext.
 Text locateRequest(const ValidationContext& validation, std::int32_t bufferLength,
                    LineEnds lineEnds, Query& query, Text& resultSeparator, bool writeMode,
-                   TextView NewContent, std::string& scanResult, Int16& matches,
+                   std::string_view NewContent, std::string& scanResult, Int16& matches,
+                   bool bytePaths = true,
                    const std::function<void(const FoundPart&)>* partObserver = nullptr);
 
 }  // namespace tagwright

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <sstream>
 
 #include "platform/failure.h"
 #include "platform/host_path.h"
@@ -10,12 +9,15 @@
 namespace tagwright {
 namespace {
 
+// A backslash separates folders too: the mapped path is physical, and the
+// platform takes each backslash in it for a separator, so a ".." behind one
+// is resolved here, and cannot climb out of the root there.
 std::vector<std::string> splitSegments(const std::string& path) {
   std::vector<std::string> segments;
-  std::string segment;
-  std::istringstream in(path);
-  while (std::getline(in, segment, '/')) {
-    if (!segment.empty()) segments.push_back(segment);
+  std::size_t from = 0;
+  for (std::size_t end = 0; end != std::string::npos; from = end + 1) {
+    end = path.find_first_of("/\\", from);
+    if (end != from && from < path.size()) segments.push_back(path.substr(from, end - from));
   }
   return segments;
 }

@@ -32,13 +32,6 @@ Tagwright::Tagwright(Platform& platform) : platform_(platform) {
   if (readSetting(platform_, U"FollowLinksOut") == U"1") followLinksOut = true;
 }
 
-Platform& Tagwright::systemPlatform() { return tagwright::systemPlatform(); }
-
-std::unique_ptr<Platform> Tagwright::systemPlatformStreaming(const std::string& documentPath,
-                                                             int descriptor) {
-  return tagwright::systemPlatformStreaming(documentPath, descriptor);
-}
-
 void Tagwright::OnStartPage(std::shared_ptr<ScriptingContext> objScriptingContext) {
   if (!objScriptingContext) throw std::invalid_argument("OnStartPage needs a page context");
   ScriptingContext_ = std::move(objScriptingContext);

@@ -86,6 +86,8 @@ class FakePlatform : public Platform {
     file.bytes.append(bytes);
     unsynced_.insert(file.path);
   }
+  // Nothing is buffered here: a written file is only ever unsynced.
+  void flushFile(Int16) override { enter("flushFile"); }
   void syncFile(Int16 fileNumber) override {
     enter("syncFile");
     const OpenFile& file = open_.at(fileNumber.value());

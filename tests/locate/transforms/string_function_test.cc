@@ -3,16 +3,22 @@
 // and its two failure texts.
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "locate/transforms/apply_string_function.h"
 #include "locate/transforms/strip_markup.h"
 
 namespace tagwright {
 namespace {
 
-// The plain text, or the description of the failure.
-std::string stripped(const std::string& text) {
+// The plain text, or the description of the failure; on bytes when
+// `bytes`, and then the empty optional when the bytes are left to stripMarkup.
+std::optional<std::string> stripped(const std::string& text, bool bytes = false) {
   try {
-    return toUtf8(stripMarkup(fromUtf8(text)));
+    if (!bytes) return toUtf8(stripMarkup(fromUtf8(text)));
+    std::string cleaned, out;
+    if (!stripMarkupBytes(text, cleaned, out)) return std::nullopt;
+    return out;
   } catch (const Failure& failure) {
     return std::string(failure.description());
   }
@@ -31,6 +37,8 @@ TEST(StripMarkup, Table) {
       {"x  <b  ", "x<b"},
       {"if (a\r\n<b) {x}\r\n", "if (a<b) {x}"},
       {"<b>été</b>€", "été €"},
+      {" \r\n <b> a  b </b> \r\n <i>c\t</i>  ", "a  b c"},
+      {"\t <a>  </a><b/>\t", ""},
       {"<a>b<c", "Invalid procedure call or argument"},
       {"<b>" + x, x},
       {"a<" + x, "a<" + x},
@@ -40,6 +48,10 @@ TEST(StripMarkup, Table) {
   for (const auto& [text, want] : cases) {
     SCOPED_TRACE(text.substr(0, 30));
     EXPECT_EQ(stripped(text), want);
+    // On bytes the same, unless positions beyond 32767 could matter.
+    const std::optional<std::string> onBytes = stripped(text, true);
+    EXPECT_EQ(onBytes.value_or(want), want);
+    EXPECT_TRUE(onBytes || text.size() > 32767);
   }
 }
 

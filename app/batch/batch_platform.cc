@@ -1,0 +1,90 @@
+#include "batch/batch_platform.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <optional>
+
+namespace tagwright {
+namespace {
+
+// The rewrite in progress on this thread: the folder its new file is made
+// in (that of the document, links followed) and the folder's file system.
+struct ThreadRewrite {
+  bool active = false;
+  std::string folder;
+  std::optional<dev_t> fileSystem;
+};
+thread_local ThreadRewrite threadRewrite;
+
+}  // namespace
+
+BatchPlatform::Rewrite::Rewrite(BatchPlatform& platform, const std::string& hostPath)
+    : platform_(platform) {
+  std::error_code error;
+  std::filesystem::path target = std::filesystem::canonical(hostPath, error);
+  threadRewrite.active = true;
+  threadRewrite.folder = error ? std::string() : target.parent_path().string();
+  // A document that cannot be found has no folder: its rewrite fails by itself.
+  threadRewrite.fileSystem = platform_.group_.enter(threadRewrite.folder);
+}
+
+BatchPlatform::Rewrite::~Rewrite() {
+  platform_.group_.leave();
+  threadRewrite = ThreadRewrite{};
+}
+
+namespace {
+
+class BatchRandom : public RandomGenerator {
+ public:
+  BatchRandom(std::atomic<std::uint64_t>& drawn, std::uint64_t firstValue)
+      : drawn_(drawn), firstValue_(firstValue) {}
+  double next() override {
+    // 7919 is prime to 10000, so 10000 steps meet every value once.
+    constexpr std::uint64_t kValues = 10000, kStep = 7919;
+    const std::uint64_t value = (firstValue_ + drawn_.fetch_add(1) * kStep) % kValues;
+    return (static_cast<double>(value) + 0.5) / static_cast<double>(kValues);
+  }
+
+ private:
+  std::atomic<std::uint64_t>& drawn_;
+  const std::uint64_t firstValue_;
+};
+
+}  // namespace
+
+std::unique_ptr<RandomGenerator> BatchPlatform::seededRandom() {
+  return std::make_unique<BatchRandom>(drawn_, firstValue_);
+}
+
+void BatchPlatform::syncFile(Int16 fileNumber) {
+  if (threadRewrite.active && threadRewrite.fileSystem) {
+    inner_.flushFile(fileNumber);
+    if (group_.awaitDurable(*threadRewrite.fileSystem)) return;
+  }
+  inner_.syncFile(fileNumber);
+}
+
+void BatchPlatform::syncFolderOf(TextView path) {
+  if (!threadRewrite.active || threadRewrite.folder.empty()) return inner_.syncFolderOf(path);
+  std::lock_guard lock(foldersMutex_);
+  folders_.insert(threadRewrite.folder);
+}
+
+std::set<std::string> BatchPlatform::syncFolders() {
+  std::set<std::string> failed;
+  std::lock_guard lock(foldersMutex_);
+  for (const std::string& folder : folders_) {
+    int handle = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    bool synced = handle >= 0 && (::fsync(handle) == 0 || errno == EINVAL);
+    if (handle >= 0) ::close(handle);
+    if (!synced) failed.insert(folder);
+  }
+  folders_.clear();
+  return failed;
+}
+
+}  // namespace tagwright

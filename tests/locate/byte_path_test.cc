@@ -1,0 +1,124 @@
+// Reads that search and cut on the bytes of a chunk against reads that do
+// it on its lower-cased characters, on generated pages of several shapes, at
+// several chunk lengths and in both line-end modes: the two must agree on
+// every result, count and failure text.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "support/requests.h"
+
+namespace tagwright {
+namespace {
+
+// Pieces of markup that test what the byte path decides on its own: names
+// that only begin with "p", capitals, "İ" and the Kelvin sign, attributes in
+// both quotes with blanks and values beyond ASCII, self-closing tags, raw
+// bytes, blank and tag-only content, text that stripMarkup cannot cut.
+const std::vector<std::string> kPieces = {
+    "<p>plain words</p>",
+    "<P CLASS='Lead'>Capitals <B>bold</B> and <i>it</i></P>",
+    "<p class=\"news\" id='x\xC4\xB0'>dotted \xC4\xB0 and \xE2\x84\xAA</p>",
+    "<p \xC4\xB0"
+    "D=\"k\">attribute name with a dotted capital</p>",
+    "<p title=\"Z\xC3\xBCrich\">Z\xC3\xBCrich \xE2\x82\xAC 12</p>",
+    "<p title = \"big news\" >spaced</p>",
+    "<pre>not a p</pre><param name=\"p\"><path d=\"M0\"/><picture></picture>",
+    "<p/><p /><p a=b/>",
+    "<p>  </p><p></p><p>\t</p>",
+    "<p><b></b><!-- c --></p>",
+    "<p>raw \xFF\xC3 bytes \x80</p>",
+    "<p>if (a<b) {x}</p>",
+    "<p>a > b <span>c</span>!</p>",
+    "<div><p>in a div</div></p>",
+    "<svg><path d='p'/></svg><p>after svg</p>",
+    "<P\tclass=x>tab behind the name</P>",
+    "<p>\xE2\x84\xAA"
+    "<b>\xE2\x84\xAA</b></p>",
+    "<d\xC4\xB0"
+    "v>div with a dotted capital</D\xC4\xB0"
+    "V>",
+    "<div id=\"t\"><p>target</p></div>",
+    "text & more text, <br> and <img src=x>",
+};
+
+// A page of `count` pieces picked by a fixed sequence, joined by blanks or
+// by `lineEnd`, with some lines long enough to put a stretch over chunks.
+std::string page(std::uint32_t seed, int count, const std::string& lineEnd) {
+  std::string out = "<!DOCTYPE html>" + lineEnd;
+  for (int k = 0; k < count; ++k) {
+    seed = seed * 1664525u + 1013904223u;
+    const std::uint32_t pick = seed >> 8;
+    out += kPieces[pick % kPieces.size()];
+    if (pick % 7 == 0) out += std::string(300 + pick % 900, 'w');
+    out += (pick >> 12) % 3 == 0 ? " " : lineEnd;
+  }
+  return out;
+}
+
+Outcome readOn(const std::string& bytes, Request r, std::int32_t length, bool characters) {
+  FakePlatform platform;
+  platform.files["/doc.htm"] = bytes;
+  Tagwright instance(platform);
+  TagwrightTestAccess::setBufferLength(instance, length);
+  if (characters) TagwrightTestAccess::keepToCharacters(instance);
+  instance.setLineEnds(r.lineEnds);
+  Outcome o;
+  o.text = instance.readXPointer(r.document, r.element, r.attributeName, r.attributeValue, r.start,
+                                 r.count, r.contentType, r.span, r.string, r.separator, &o.matches);
+  return o;
+}
+
+TEST(BytePath, AgreesWithTheCharacterPath) {
+  const Request requests[] = {
+      {.element = "p"},
+      {.element = "p", .contentType = "outerMarkup"},
+      {.element = "p", .contentType = "innerText", .separator = "|"},
+      {.element = "p", .attributeName = "class"},
+      {.element = "p", .attributeName = "id", .attributeValue = "k", .contentType = "outerMarkup"},
+      {.element = "p", .attributeValue = "z\xC3\xBCrich"},
+      {.element = "p", .attributeName = "title", .attributeValue = "bignews"},
+      {.element = "p", .start = 4, .count = 9, .contentType = "innerText"},
+      {.element = "div", .contentType = "innerText"},
+      {.element = "path", .contentType = "outerMarkup"},
+      {.element = "b", .separator = ""},
+  };
+  // Shapes: short lines and long ones, so that stretches cross chunks; a
+  // stretch that ends in a line longer than 32767 characters; one such line
+  // alone, where positions overflow; a "<" that stripMarkup cannot take.
+  const std::string longLine = std::string(40000, 'y');
+  struct Shape {
+    const char* name;
+    std::uint32_t seed;
+    int pieces;
+    std::string lineEnd;
+    LineEnds lineEnds;
+    std::string tail;
+  };
+  const Shape shapes[] = {
+      {"CrLf", 7, 400, "\r\n", LineEnds::kCrLf, ""},
+      {"Lf", 11, 400, "\n", LineEnds::kAny, ""},
+      {"Cr", 13, 300, "\r", LineEnds::kAny, "<p>a<b>c<d</p>"},
+      {"IntoLongLine", 5, 60, "\r\n", LineEnds::kCrLf,
+       "<p>into <b>a</b>" + repeat("\r\nlines that end in no tag", 120) + "</p>" + longLine +
+           "<p>beyond 32767</p>\r\n"},
+      {"OneLongLine", 17, 1200, " ", LineEnds::kCrLf, ""},
+  };
+  for (const Shape& shape : shapes) {
+    const std::string document = page(shape.seed, shape.pieces, shape.lineEnd) + shape.tail;
+    for (std::int32_t length : {64, 257, 2048, 30000}) {
+      for (Request r : requests) {
+        SCOPED_TRACE(std::string(shape.name) + " chunk " + std::to_string(length) + " " +
+                     r.element + " " + r.contentType + " " + r.attributeName + "=" +
+                     r.attributeValue);
+        r.lineEnds = shape.lineEnds;
+        EXPECT_EQ(readOn(document, r, length, false), readOn(document, r, length, true));
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tagwright
