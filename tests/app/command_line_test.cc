@@ -177,6 +177,7 @@ TEST(CommandLine, ExitStatusAsGrepGivesIt) {
       {{"write", page, "--element-name", "h1", "--new-content", "x", "-e"}, 1},
       {{"read", page, "--json", "--json-lines"}, 2},
       {{"write", "-", "--new-content", "x"}, 2},
+      {{"read", page, page, "-e"}, 2},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(runProgram(c.arguments).status, c.status) << testing::PrintToString(c.arguments);
