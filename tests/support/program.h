@@ -6,11 +6,11 @@
 #include <pty.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,7 +30,8 @@ struct ProgramStart {
   std::optional<std::string> input = std::nullopt;
   // Standard output is a terminal (raw, so that the bytes come as written).
   bool terminal = false;
-  // Gets the peak memory of the program, in KiB.
+  // Gets the peak memory of the program, in KiB, as GNU time measures it:
+  // a process forked from the test would count the test's memory too.
   long* peakKib = nullptr;
 };
 
@@ -39,6 +40,12 @@ struct ProgramStart {
 inline HostRun runProgram(const std::vector<std::string>& arguments,
                           const ProgramStart& start = {}) {
   int out[2], err[2];
+  char peakFile[] = "/tmp/tagwright-peak-XXXXXX";
+  if (start.peakKib != nullptr) {
+    int fd = ::mkstemp(peakFile);
+    if (fd < 0) return {-1, "", "mkstemp"};
+    ::close(fd);
+  }
   if (::pipe2(err, O_CLOEXEC) != 0) return {-1, "", "pipe"};
   if (start.terminal) {
     termios raw;
@@ -77,12 +84,18 @@ inline HostRun runProgram(const std::vector<std::string>& arguments,
       if (start.removeWorkingFolder && ::rmdir(start.workingFolder.c_str()) != 0) ::_exit(126);
     }
     for (const std::string& entry : start.environment) ::putenv(const_cast<char*>(entry.c_str()));
-    std::vector<char*> argv{const_cast<char*>(TAGWRIGHT_BINARY)};
+    std::vector<char*> argv;
+    if (start.peakKib != nullptr) {
+      for (const char* word : {"/usr/bin/time", "-f", "%M", "-o"})
+        argv.push_back(const_cast<char*>(word));
+      argv.push_back(peakFile);
+    }
+    argv.push_back(const_cast<char*>(TAGWRIGHT_BINARY));
     for (const std::string& argument : arguments)
       argv.push_back(const_cast<char*>(argument.data()));
     argv.push_back(nullptr);
     ::alarm(20);
-    ::execv(TAGWRIGHT_BINARY, argv.data());
+    ::execv(argv[0], argv.data());
     ::_exit(127);
   }
   ::close(out[1]);
@@ -107,9 +120,11 @@ inline HostRun runProgram(const std::vector<std::string>& arguments,
     }
   }
   int status = 0;
-  rusage usage{};
-  ::wait4(pid, &status, 0, &usage);
-  if (start.peakKib != nullptr) *start.peakKib = usage.ru_maxrss;
+  ::waitpid(pid, &status, 0);
+  if (start.peakKib != nullptr) {
+    std::ifstream(peakFile) >> *start.peakKib;
+    ::unlink(peakFile);
+  }
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return run;
 }
