@@ -9,6 +9,7 @@
 
 #include "platform/int16.h"
 #include "platform/text.h"
+#include "tagwright/export.h"
 #include "tagwright/plain_types.h"
 
 namespace tagwright {
