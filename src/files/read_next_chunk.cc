@@ -1,6 +1,7 @@
 #include "files/read_next_chunk.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tagwright {
 namespace {
@@ -95,13 +96,18 @@ std::vector<std::size_t>::const_iterator firstAddedFrom(const Chunk& chunk, std:
 }  // namespace
 
 void appendDocumentBytes(const Chunk& chunk, std::size_t from, std::size_t to, std::string& out) {
-  const std::string_view bytes = chunk.bytes;
-  for (auto added = firstAddedFrom(chunk, from); added != chunk.addedLineEnds.end() && *added < to;
-       ++added) {
-    out.append(bytes.substr(from, *added - from));
+  const auto first = firstAddedFrom(chunk, from);
+  const auto last = std::lower_bound(first, chunk.addedLineEnds.end(), to);
+  // Room made once: a chunk of short lines has an added byte every few bytes.
+  std::size_t at = out.size();
+  out.resize(at + (to - from) - static_cast<std::size_t>(last - first));
+  const char* bytes = chunk.bytes.data();
+  for (auto added = first; added != last; ++added) {
+    std::memcpy(out.data() + at, bytes + from, *added - from);
+    at += *added - from;
     from = *added + 1;
   }
-  out.append(bytes.substr(from, to - from));
+  std::memcpy(out.data() + at, bytes + from, to - from);
 }
 
 void appendChunkCharacters(const Chunk& chunk, std::size_t from, std::size_t to, Text& out) {

@@ -116,10 +116,49 @@ void LineReader::readLineAnyEnd(std::string& out, std::vector<std::size_t>& adde
   }
 }
 
+std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
+                                      std::vector<std::size_t>& addedLineEnds) {
+  if (nextCr_ == kUnknown || nextCr_ < begin_) return 0;
+  // Whole lines that end in a lone LF before the next CR: first their LFs,
+  // whose CR-to-be offsets go into addedLineEnds, then one copy each into
+  // room made once, rather than a call and two appends per line.
+  const char* const start = buffer_.data() + begin_;
+  const char* const stop = buffer_.data() + nextCr_;
+  const std::size_t base = out.size();
+  const std::size_t firstAdded = addedLineEnds.size();
+  std::size_t size = base;
+  const char* from = start;
+  while (size < untilSize) {
+    const void* lf = std::memchr(from, '\n', static_cast<std::size_t>(stop - from));
+    if (lf == nullptr) break;
+    const auto length = static_cast<std::size_t>(static_cast<const char*>(lf) - from);
+    addedLineEnds.push_back(size + length);
+    size += length + 2;
+    from = static_cast<const char*>(lf) + 1;
+  }
+  const std::size_t lines = addedLineEnds.size() - firstAdded;
+  if (lines == 0) return 0;
+  out.resize(size);
+  char* target = out.data() + base;
+  const char* source = start;
+  for (std::size_t i = firstAdded; i < addedLineEnds.size(); ++i) {
+    const std::size_t length = addedLineEnds[i] - static_cast<std::size_t>(target - out.data());
+    std::memcpy(target, source, length);
+    target[length] = '\r';
+    target[length + 1] = '\n';
+    target += length + 2;
+    source += length + 1;
+  }
+  begin_ = static_cast<std::size_t>(from - buffer_.data());
+  return lines;
+}
+
 void LineReader::readLines(std::string& out, std::size_t untilSize,
                            std::vector<std::size_t>* addedLineEnds) {
   if (addedLineEnds != nullptr) {
-    while (out.size() < untilSize && !endOfFile()) readLineAnyEnd(out, *addedLineEnds);
+    while (out.size() < untilSize && !endOfFile()) {
+      if (appendLfLines(out, untilSize, *addedLineEnds) == 0) readLineAnyEnd(out, *addedLineEnds);
+    }
     return;
   }
   while (out.size() < untilSize && !endOfFile()) {

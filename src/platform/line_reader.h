@@ -41,6 +41,11 @@ class LineReader {
   bool fill();
   std::size_t wholeCrLfLines(std::size_t wanted) const;
   void readLineAnyEnd(std::string& out, std::vector<std::size_t>& addedLineEnds);
+  // Appends the whole lines ending in a lone LF that lie before the next CR
+  // of the buffer, as readLines does, and returns how many; 0 when the next
+  // CR is not known yet or no such line is whole in the buffer.
+  std::size_t appendLfLines(std::string& out, std::size_t untilSize,
+                            std::vector<std::size_t>& addedLineEnds);
 
   ByteSource& source_;
   std::string buffer_;
