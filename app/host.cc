@@ -253,7 +253,7 @@ std::string standardInputName(const CommandLine& line) { return line.noContext ?
 std::string mappedPath(const std::string& name, const ContextSetting& context) {
   if (!context.present) return name;
   try {
-    Tagwright probe(systemPlatform());
+    Tagwright probe(Tagwright::systemPlatform());
     // Links are not what is asked here, only the name the path maps to.
     probe.OnStartPage(std::make_shared<SiteContext>(context.root, context.workingFolder, true));
     return probe.hostPathOf(name);
@@ -372,9 +372,11 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
   const std::string document = fromStandardInput ? standardInputName(line) : line.target;
   std::unique_ptr<Platform> streaming;
   if (fromStandardInput && platform == nullptr) {
-    streaming = systemPlatformStreaming(mappedPath(document, setting), STDIN_FILENO);
+    streaming = Tagwright::streamingPlatform(mappedPath(document, setting), STDIN_FILENO);
   }
-  Platform& base = streaming ? *streaming : platform != nullptr ? *platform : systemPlatform();
+  Platform& base = streaming             ? *streaming
+                   : platform != nullptr ? *platform
+                                         : Tagwright::systemPlatform();
   std::optional<CapturingPlatform> capture;
   if (line.toStdout || line.dryRun) capture.emplace(base);
 

@@ -100,6 +100,15 @@ class TAGWRIGHT_EXPORT Tagwright {
     partObserver_ = std::move(observer);
   }
 
+  // For hosts that wrap it (the batch host defers its syncs, write --stdout
+  // keeps the new document aside): the platform of this process.
+  static Platform& systemPlatform();
+  // The same, except that the document `documentPath` (a physical or host
+  // path) is read once from the open `descriptor`, chunk by chunk as a file
+  // is (standard input as a document).
+  static std::unique_ptr<Platform> streamingPlatform(const std::string& documentPath,
+                                                     int descriptor);
+
   // Whether the settings let virtual paths follow links out of the site root
   // (FollowLinksOut=1), for the host that makes the page context.
   bool followsLinksOut() const { return followLinksOut; }

@@ -132,9 +132,8 @@ class Platform {
 
 // The platform of this process: POSIX files, the system clock and the
 // settings file named by TAGWRIGHT_SETTINGS or /etc/tagwright/settings.conf.
-// Exported, so that a host can wrap it (the batch host defers its syncs,
-// write --stdout keeps the new document aside).
-TAGWRIGHT_EXPORT Platform& systemPlatform();
+// Hosts reach it as Tagwright::systemPlatform().
+Platform& systemPlatform();
 
 // The same platform with the settings read from `settingsFile` instead,
 // for hosts that give each instance a settings file of its own.
@@ -143,9 +142,8 @@ std::unique_ptr<Platform> systemPlatformWithSettings(std::string settingsFile);
 // The system's platform, except that the document `documentPath` (a
 // physical or host path) is read from the open `descriptor`, once, chunk by
 // chunk as a file is; nothing on disk of that name is opened for input.
-// Exported for the host that reads standard input as a document.
-TAGWRIGHT_EXPORT std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath,
-                                                                   int descriptor);
+// Hosts reach it as Tagwright::streamingPlatform().
+std::unique_ptr<Platform> systemPlatformStreaming(const std::string& documentPath, int descriptor);
 
 }  // namespace tagwright
 

@@ -36,4 +36,11 @@ std::unique_ptr<FileLock> Tagwright::lockForRewrite(const std::string& DocumentN
   }
 }
 
+Platform& Tagwright::systemPlatform() { return tagwright::systemPlatform(); }
+
+std::unique_ptr<Platform> Tagwright::streamingPlatform(const std::string& documentPath,
+                                                       int descriptor) {
+  return systemPlatformStreaming(documentPath, descriptor);
+}
+
 }  // namespace tagwright
