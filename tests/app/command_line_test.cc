@@ -52,6 +52,7 @@ TEST(CommandLine, StandardInputAnswersAsTheFile) {
   } cases[] = {
       {page(40, "\r\n"), {"read", "--element-name", "p", "--content-type", "outerMarkup"}, "10"},
       {page(40, "\n"), {"read", "--element-name", "div", "--line-ends=any", "--json"}, ""},
+      {page(9000, "\n"), {"read", "--element-name", "p", "--line-ends=any"}, "2570"},
       {page(3000, "\r\n"), {"read", "--element-name", "p", "--content-type", "innerText"}, "856"},
       {page(3000, "\n"), {"read", "--element-name", "p", "--count-instances", "3", "-e"}, "3"},
       {"<meta name=\"a\" content=\"1\">\r\n<meta name=\"b\" content=\"2\">", {"meta"}, "2"},
