@@ -7,8 +7,8 @@
 
 #include "files/read_next_chunk.h"
 #include "locate/element_types.h"
-#include "platform/text.h"
 #include "locate/query.h"
+#include "platform/text.h"
 
 namespace tagwright {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "locate/query.h"
 #include "platform/int16.h"
 #include "platform/text.h"
-#include "locate/query.h"
 
 namespace tagwright {
 

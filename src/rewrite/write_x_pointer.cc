@@ -19,10 +19,10 @@ int Tagwright::writeXPointer(const std::string& NewContent, const std::string& D
     resultSeparator = trimmedParameter(ResultSeparatorChars);
     std::string scanResult;
     Int16 localMatches = 0;
-    Text message = locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite},
-                                 bufferLength, lineEndMode, query, resultSeparator, true,
-                                 NewContent, scanResult, localMatches, true,
-                                 partObserver_ ? &partObserver_ : nullptr);
+    Text message =
+        locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite}, bufferLength,
+                      lineEndMode, query, resultSeparator, true, NewContent, scanResult,
+                      localMatches, true, partObserver_ ? &partObserver_ : nullptr);
     if (message.empty()) {
       count = localMatches.value();
       errorResult = std::move(scanResult);

@@ -1,9 +1,9 @@
 #ifndef TAGWRIGHT_SERVICES_SCAN_META_TAGS_H_
 #define TAGWRIGHT_SERVICES_SCAN_META_TAGS_H_
 
+#include "locate/query.h"
 #include "platform/int16.h"
 #include "platform/text.h"
-#include "locate/query.h"
 
 namespace tagwright {
 

@@ -13,7 +13,7 @@ Text locateRequest(const ValidationContext& validation, std::int32_t bufferLengt
   if (!message.empty()) return message;
   return scanDocument(
       {validation.platform, bufferLength, resultSeparator, lineEnds, bytePaths, partObserver},
-                      scanResult, query, fileNumber, writeMode, NewContent, matches);
+      scanResult, query, fileNumber, writeMode, NewContent, matches);
 }
 
 }  // namespace tagwright

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/text.h"
 #include "locate/query.h"
+#include "platform/text.h"
 
 namespace tagwright {
 

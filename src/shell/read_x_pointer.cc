@@ -20,10 +20,10 @@ std::string Tagwright::readXPointer(const std::string& DocumentName, const std::
     resultSeparator = trimmedParameter(ResultSeparatorChars);
     std::string scanResult;
     Int16 localMatches = 0;
-    Text message = locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocRead},
-                                 bufferLength, lineEndMode, query, resultSeparator, false, {},
-                                 scanResult, localMatches, bytePaths,
-                                 partObserver_ ? &partObserver_ : nullptr);
+    Text message =
+        locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocRead}, bufferLength,
+                      lineEndMode, query, resultSeparator, false, {}, scanResult, localMatches,
+                      bytePaths, partObserver_ ? &partObserver_ : nullptr);
     if (message.empty()) {
       matches = localMatches.value();
       result = std::move(scanResult);

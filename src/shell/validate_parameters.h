@@ -1,8 +1,8 @@
 #ifndef TAGWRIGHT_SHELL_VALIDATE_PARAMETERS_H_
 #define TAGWRIGHT_SHELL_VALIDATE_PARAMETERS_H_
 
-#include "platform/platform.h"
 #include "locate/query.h"
+#include "platform/platform.h"
 #include "tagwright/tagwright.h"
 
 namespace tagwright {

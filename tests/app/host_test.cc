@@ -7,9 +7,9 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/text.h"
-#include "tagwright/site_context.h"
 #include "support/requests.h"
 #include "support/temp_folder.h"
+#include "tagwright/site_context.h"
 
 namespace tagwright {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "platform/text.h"
 #include "locate/query.h"
+#include "platform/text.h"
 
 namespace tagwright {
 

@@ -1,9 +1,9 @@
 #ifndef TAGWRIGHT_LOCATE_MATCHERS_MATCHER_H_
 #define TAGWRIGHT_LOCATE_MATCHERS_MATCHER_H_
 
+#include "locate/query.h"
 #include "platform/int16.h"
 #include "platform/text.h"
-#include "locate/query.h"
 
 namespace tagwright {
 
