@@ -7,7 +7,7 @@
 #include <string>
 
 #include "batch/group_sync.h"
-#include "platform/platform.h"
+#include "platform/platform_wrapper.h"
 
 namespace tagwright {
 
@@ -16,9 +16,10 @@ namespace tagwright {
 // than by a flush of its own, and the folders that take new documents are
 // synced once each at the end (syncFolders) rather than after every rename.
 // Everything else goes to the wrapped platform unchanged.
-class BatchPlatform : public Platform {
+class BatchPlatform : public PlatformWrapper {
  public:
-  BatchPlatform(Platform& inner, GroupSync& group) : inner_(inner), group_(group) {}
+  BatchPlatform(Platform& inner, GroupSync& group)
+      : PlatformWrapper(inner), inner_(inner), group_(group) {}
 
   // The rewrite of the document at `hostPath` on the calling thread, from
   // construction to destruction. Outside one, every call is the wrapped
@@ -39,43 +40,8 @@ class BatchPlatform : public Platform {
   // same, as a single rewrite leaves them).
   std::set<std::string> syncFolders();
 
-  Int16 nextFreeFileNumber() override { return inner_.nextFreeFileNumber(); }
-  void openForInput(Int16 fileNumber, TextView path) override {
-    inner_.openForInput(fileNumber, path);
-  }
-  void openForOutput(Int16 fileNumber, TextView path) override {
-    inner_.openForOutput(fileNumber, path);
-  }
-  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize,
-                 std::vector<std::size_t>* addedLineEnds) override {
-    inner_.readLines(fileNumber, bytes, untilSize, addedLineEnds);
-  }
-  bool endOfFile(Int16 fileNumber) override { return inner_.endOfFile(fileNumber); }
-  std::uint64_t fileSize(Int16 fileNumber) override { return inner_.fileSize(fileNumber); }
-  void writeBytes(Int16 fileNumber, std::string_view bytes) override {
-    inner_.writeBytes(fileNumber, bytes);
-  }
-  void flushFile(Int16 fileNumber) override { inner_.flushFile(fileNumber); }
   void syncFile(Int16 fileNumber) override;
-  void closeFile(Int16 fileNumber) override { inner_.closeFile(fileNumber); }
-  void closeAllFiles() override { inner_.closeAllFiles(); }
-  bool firstMatchingFile(TextView pattern) override { return inner_.firstMatchingFile(pattern); }
-  void deleteMatchingFiles(TextView pattern) override { inner_.deleteMatchingFiles(pattern); }
-  void deleteNamedFile(TextView path) override { inner_.deleteNamedFile(path); }
-  void renameFile(TextView from, TextView to) override { inner_.renameFile(from, to); }
-  void replaceFile(TextView from, TextView to) override { inner_.replaceFile(from, to); }
-  bool linkFile(TextView from, TextView to) override { return inner_.linkFile(from, to); }
   void syncFolderOf(TextView path) override;
-  void copyAttributes(TextView from, TextView to) override { inner_.copyAttributes(from, to); }
-  Text resolveLinks(TextView path) override { return inner_.resolveLinks(path); }
-  std::vector<Text> listMatchingFiles(TextView pattern) override {
-    return inner_.listMatchingFiles(pattern);
-  }
-  std::unique_ptr<FileLock> lockFile(TextView path) override { return inner_.lockFile(path); }
-  void adviseLargeBuffer(void* data, std::size_t size) override {
-    inner_.adviseLargeBuffer(data, size);
-  }
-  LocalTime localTime(int daysAgo) override { return inner_.localTime(daysAgo); }
   // The values that name the new files: a rewrite's temporary file is named
   // by the second and a value of four digits, and many rewrites of one folder
   // start in the same second here. Independent seeds would soon give two of
