@@ -30,34 +30,38 @@ int exitStatusOf(int matches, const OutputForm& form) {
   return form.exitStatus && matches == 0 ? 1 : 0;
 }
 
-int printTextAnswer(const std::string& result, int matches, const OutputForm& form,
-                    std::ostream& out, std::ostream& err) {
-  if (form.jsonLines) {
-    if (matches == -1) err << result << "\n";
-    err << "matches: " << matches << "\n";
-  } else if (form.json) {
-    out << textAnswerJson(result, matches) << "\n";
-  } else {
-    printBare(result, form, out);
-    err << "matches: " << matches << "\n";
-  }
-  out.flush();
-  return exitStatusOf(matches, form);
-}
+namespace {
 
-int printWriteAnswer(int count, const std::string& errorResult, const OutputForm& form,
-                     std::ostream& out, std::ostream& err) {
+// One answer in the form asked for; `json` makes its JSON object, and only
+// when that form is asked for, since a result may be as long as a document.
+template <typename Json>
+int printAnswer(const std::string& text, int count, Json json, const OutputForm& form,
+                std::ostream& out, std::ostream& err) {
   if (form.jsonLines) {
-    if (count == -1) err << errorResult << "\n";
+    if (count == -1) err << text << "\n";
     err << "matches: " << count << "\n";
   } else if (form.json) {
-    out << writeAnswerJson(count, errorResult) << "\n";
+    out << json() << "\n";
   } else {
-    printBare(errorResult, form, out);
+    printBare(text, form, out);
     err << "matches: " << count << "\n";
   }
   out.flush();
   return exitStatusOf(count, form);
+}
+
+}  // namespace
+
+int printTextAnswer(const std::string& result, int matches, const OutputForm& form,
+                    std::ostream& out, std::ostream& err) {
+  return printAnswer(
+      result, matches, [&] { return textAnswerJson(result, matches); }, form, out, err);
+}
+
+int printWriteAnswer(int count, const std::string& errorResult, const OutputForm& form,
+                     std::ostream& out, std::ostream& err) {
+  return printAnswer(
+      errorResult, count, [&] { return writeAnswerJson(count, errorResult); }, form, out, err);
 }
 
 int printNewDocument(int count, const std::string& errorResult, const TemporaryFile& newDocument,
