@@ -25,8 +25,10 @@ class TAGWRIGHT_EXPORT SiteContext : public ScriptingContext, private PageServer
   // `workingFolder` is the process's absolute working folder as the system
   // gives it (links resolved), or empty when it is gone: paths that need it
   // then throw "Path not found".
+  // Links are followed through `platform`, the system's unless a test
+  // gives its own.
   SiteContext(const std::string& root, const std::string& workingFolder,
-              bool followLinksOut = false);
+              bool followLinksOut = false, Platform& platform = Tagwright::systemPlatform());
 
   PageServer& Server() override { return *this; }
 
@@ -35,7 +37,11 @@ class TAGWRIGHT_EXPORT SiteContext : public ScriptingContext, private PageServer
   // The working folder below the root as given, whether it is reached by
   // the root's own names or by the folders its links lead to.
   std::vector<std::string> workingFolderInRoot() const;
+  // The path with every link that exists in it followed; the part that does
+  // not exist yet is taken by its names.
+  std::vector<std::string> resolved(const std::string& path) const;
 
+  Platform& platform_;
   std::vector<std::string> root_;
   std::vector<std::string> resolvedRoot_;
   std::vector<std::string> workingFolder_;

@@ -102,6 +102,9 @@ class Platform {
   // The physical path of the file that `path` names after following
   // symbolic links, or `path` itself when it is no link.
   virtual Text resolveLinks(TextView path) = 0;
+  // `path` with "." and ".." resolved and every symbolic link along it that
+  // exists followed; the part that does not exist yet is kept by its names.
+  virtual Text followLinksAlong(TextView path) = 0;
   // The names, without their folder, of the plain files that match
   // `pattern`, in ascending order of their bytes. A folder that does not
   // exist lists nothing; one that cannot be read throws.

@@ -41,6 +41,7 @@ class PlatformWrapper : public Platform {
   void syncFolderOf(TextView path) override { target_.syncFolderOf(path); }
   void copyAttributes(TextView from, TextView to) override { target_.copyAttributes(from, to); }
   Text resolveLinks(TextView path) override { return target_.resolveLinks(path); }
+  Text followLinksAlong(TextView path) override { return target_.followLinksAlong(path); }
   std::vector<Text> listMatchingFiles(TextView pattern) override {
     return target_.listMatchingFiles(pattern);
   }

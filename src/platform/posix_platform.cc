@@ -15,9 +15,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <random>
+#include <system_error>
 
 #include "platform/host_path.h"
 #include "platform/line_reader.h"
@@ -406,6 +408,12 @@ class PosixPlatform : public Platform {
     char resolved[PATH_MAX];
     if (::realpath(host.c_str(), resolved) == nullptr) return Text(path);
     return physicalPathOf(resolved);
+  }
+
+  Text followLinksAlong(TextView path) override {
+    std::error_code failed;
+    std::filesystem::path real = std::filesystem::weakly_canonical(hostPath(path), failed);
+    return failed ? Text(path) : physicalPathOf(real.string());
   }
 
   std::vector<Text> listMatchingFiles(TextView pattern) override {

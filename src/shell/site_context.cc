@@ -1,10 +1,10 @@
 #include "tagwright/site_context.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "platform/failure.h"
 #include "platform/host_path.h"
+#include "platform/platform.h"
 
 namespace tagwright {
 namespace {
@@ -45,14 +45,6 @@ std::string joined(const std::vector<std::string>& segments) {
   return path.empty() ? "/" : path;
 }
 
-// The path with every link that exists in it followed; the part that does
-// not exist yet is taken by its names.
-std::vector<std::string> resolved(const std::string& path) {
-  std::error_code failed;
-  std::filesystem::path real = std::filesystem::weakly_canonical(path, failed);
-  return normalized(failed ? path : real.string());
-}
-
 bool startsWith(const std::vector<std::string>& path, const std::vector<std::string>& prefix) {
   return path.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), path.begin());
 }
@@ -60,13 +52,18 @@ bool startsWith(const std::vector<std::string>& path, const std::vector<std::str
 }  // namespace
 
 SiteContext::SiteContext(const std::string& root, const std::string& workingFolder,
-                         bool followLinksOut)
-    : workingFolder_(normalized(workingFolder)),
+                         bool followLinksOut, Platform& platform)
+    : platform_(platform),
+      workingFolder_(normalized(workingFolder)),
       rootKnown_(root.starts_with("/") || !workingFolder.empty()),
       workingFolderKnown_(!workingFolder.empty()),
       followLinksOut_(followLinksOut) {
   root_ = normalized(root.starts_with("/") ? root : workingFolder + "/" + root);
   resolvedRoot_ = resolved(joined(root_));
+}
+
+std::vector<std::string> SiteContext::resolved(const std::string& path) const {
+  return normalized(hostPath(platform_.followLinksAlong(physicalPathOf(path))));
 }
 
 std::vector<std::string> SiteContext::workingFolderInRoot() const {

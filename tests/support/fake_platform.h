@@ -134,6 +134,7 @@ class FakePlatform : public Platform {
   void syncFolderOf(TextView) override { enter("syncFolderOf"); }
   void copyAttributes(TextView, TextView) override { enter("copyAttributes"); }
   Text resolveLinks(TextView path) override { return enter("resolveLinks"), Text(path); }
+  Text followLinksAlong(TextView path) override { return enter("followLinksAlong"), Text(path); }
   std::vector<Text> listMatchingFiles(TextView pattern) override {
     enter("listMatchingFiles");
     std::vector<Text> names;
