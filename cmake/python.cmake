@@ -9,6 +9,9 @@ set(PYBIND11_FINDPYTHON ON)
 find_package(Python COMPONENTS Interpreter Development.Module REQUIRED)
 find_package(pybind11 CONFIG REQUIRED)
 
+# The module only forwards to the library: link-time optimisation buys it
+# nothing, and GCC's LTO linker prints notes on every build.
+set(CMAKE_INTERPROCEDURAL_OPTIMIZATION OFF)
 pybind11_add_module(tagwright_python MODULE bindings/python/tagwright_module.cc)
 set_target_properties(tagwright_python PROPERTIES
   OUTPUT_NAME tagwright
