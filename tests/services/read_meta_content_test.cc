@@ -38,14 +38,7 @@ TEST(ReadMetaContent, Table) {
   const std::string x(33000, 'x'), overflow = "ERROR: Overflow.";
   const std::string two = "<meta name=\"a\" content=\"1\">\r\n<meta name=\"b\" content=\"2\">";
   const std::string adjacent = "<meta name=\"a\" content=\"1\"><meta name=\"b\" content=\"2\">";
-  const struct {
-    const char* name;
-    std::string document;
-    Meta meta;
-    std::string text;
-    int matches;
-    std::int32_t bufferLength = 2048;
-  } cases[] = {
+  expectReads<Meta>({
       {"LangBetween", "<meta name=\"author\" lang=\"en\" content=\"x\">", Meta{.name = "author"},
        "", 0},
       {"SingleQuotes", "<meta name='author' content='x'>", Meta{}, "", 0},
@@ -74,11 +67,7 @@ TEST(ReadMetaContent, Table) {
       {"LongLineBehindTag", "<meta name=\"a\" content=\"b\">" + x, Meta{}, "a$eq$b", 1},
       {"StartZero", two, Meta{.start = 0},
        "ERROR: The start element instance number must be greater than zero.", -1},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(readDocument(c.document, c.meta, c.bufferLength), (Outcome{c.text, c.matches}));
-  }
+  });
 }
 
 }  // namespace

@@ -133,6 +133,26 @@ Outcome readDocument(const std::string& bytes, const AnyRequest& r,
   return o;
 }
 
+// A row of a table of reads: a document, a request on it, and what it reads.
+template <class AnyRequest>
+struct ReadRow {
+  const char* name;
+  std::string document;
+  AnyRequest request;
+  std::string text;
+  int matches;
+  std::int32_t bufferLength = 2048;
+};
+
+template <class AnyRequest>
+void expectReads(const std::vector<ReadRow<AnyRequest>>& rows) {
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(readDocument(row.document, row.request, row.bufferLength),
+              (Outcome{row.text, row.matches}));
+  }
+}
+
 struct HostRun {
   int status;
   std::string out;
