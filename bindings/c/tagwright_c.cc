@@ -82,8 +82,8 @@ int guarded(Body&& body) {
 }
 
 // Every call that answers a text and a count: refuses a null handle, a null
-// output or arguments the caller found wanting (`argumentsFit`), then runs
-// `make(instance, &count)` under the guard. The text and its count are handed
+// output, or arguments that the call's own checks refused (`argumentsFit`
+// false), then runs `make(instance, &count)` under the guard. The text and its count are handed
 // out only once both can be made, so that a failing allocation leaves the
 // caller's outputs untouched.
 template <typename Make>
