@@ -90,7 +90,6 @@ TEST(FileSystemEdges, Table) {
        "$site/gone"},
       {"WorkingFolderThroughLinkedRoot", "read index.htm --root $rootlink --element-name #aspcode",
        0, "site", "$rootlink"},
-      {"LinkOutRead", "read /secret.htm --root $site", 1, unidentified},
       {"LinkOutWrite", "write /secret.htm --root $site --element-name #aspcode --new-content X", 1,
        unidentified},
       {"LinkedFolderOutList", "list /out --root $site", 1, "ERROR: Path is outside the site root."},

@@ -30,19 +30,13 @@ TEST(Host, CommandLines) {
     std::string file = "page.asp";
     std::string bytes = "<?xml version=\"1.0\"?>\r\n<%a=1%><p>x</p>\r\n<%b%>\r\n";
   } cases[] = {
-      {words("read /page.asp --root $ --element-name #aspcode --separator ; --json"), 0,
-       "{\"result\":\"a=1;b\",\"matchesFound\":2}\n", ""},
       {words("read /page.asp --root $ --element-name=#aspcode --separator=; --content-type "
              "outerMarkup --json"),
        0, "{\"result\":\"<%a=1%>;<%b%>\",\"matchesFound\":2}\n", ""},
-      {words("read $page.asp --element-name #aspcode --json"), 0,
-       "{\"result\":\"a=1\\u0000b\",\"matchesFound\":2}\n", ""},
       {words("read $page.asp --element-name #aspcode --separator=--"), 0, "a=1--b-",
        "matches: 2\n"},
       {words("read page.asp --no-context --element-name #aspcode --json"), 1,
        "{\"result\":\"" + virtualOnly + "\",\"matchesFound\":-1}\n", ""},
-      {words("read /../page.asp --root $sub --element-name #aspcode"), 1,
-       "ERROR: Unidentified Error while validating parameters.", "matches: -1\n"},
       {Args{"write", "$a.htm", "--element-name", "#aspcode", "--new-content", " a\tb "}, 0, "old",
        "matches: 1\n", "", "a.htm", "<% a\tb %>\r\n"},
       {words("write $b.htm --element-name #aspcode --new-content-file $content"), 0, "old",
