@@ -56,6 +56,10 @@ bool isInt16(int value) {
          value <= std::numeric_limits<std::int16_t>::max();
 }
 
+bool instancesFit(int startInstance, int countInstances) {
+  return isInt16(startInstance) && isInt16(countInstances);
+}
+
 // Copies `bytes` into memory that tagwright_free releases, with a NUL behind.
 char* ownedCopy(const std::string& bytes) {
   char* copy = static_cast<char*>(std::malloc(bytes.size() + 1));
@@ -77,13 +81,26 @@ int guarded(Body&& body) {
   }
 }
 
-// Hands out a text and its count only once both can be made, so that a
-// failing allocation leaves the caller's outputs untouched.
-int answer(const std::string& text, int count, char** out, std::size_t* outLength, int* outCount) {
-  *out = ownedCopy(text);
-  *outLength = text.size();
-  *outCount = count;
-  return TAGWRIGHT_OK;
+// Every call that answers a text and a count: refuses a null handle, a null
+// output, or arguments that the call's own checks refused (`argumentsFit`
+// false), then runs `make(instance, &count)` under the guard. The text and its count are handed
+// out only once both can be made, so that a failing allocation leaves the
+// caller's outputs untouched.
+template <typename Make>
+int textAnswer(tagwright_instance* handle, bool argumentsFit, char** out, std::size_t* outLength,
+               int* outCount, Make&& make) {
+  if (handle == nullptr || !argumentsFit || out == nullptr || outLength == nullptr ||
+      outCount == nullptr) {
+    return TAGWRIGHT_MISUSE;
+  }
+  return guarded([&] {
+    int count = 0;
+    std::string text = make(*handle->instance, &count);
+    *out = ownedCopy(text);
+    *outLength = text.size();
+    *outCount = count;
+    return TAGWRIGHT_OK;
+  });
 }
 
 }  // namespace
@@ -154,20 +171,16 @@ int tagwright_read(tagwright_instance* handle, const char* document_name, const 
                    int count_instances, const char* content_type, const char* span_function,
                    const char* string_function, const char* separator, char** result,
                    size_t* result_length, int* matches_found) {
-  if (handle == nullptr || document_name == nullptr || result == nullptr ||
-      result_length == nullptr || matches_found == nullptr || !isInt16(start_instance) ||
-      !isInt16(count_instances)) {
-    return TAGWRIGHT_MISUSE;
-  }
-  return guarded([&] {
-    int found = 0;
-    std::string text = handle->instance->readXPointer(
-        document_name, textOr(element_name, "#element"), textOr(attribute_name, "*"),
-        textOr(attribute_value, "*"), static_cast<std::int16_t>(start_instance),
-        static_cast<std::int16_t>(count_instances), textOr(content_type, "innerMarkup"),
-        textOr(span_function, ""), textOr(string_function, ""), textOr(separator, ""), &found);
-    return answer(text, found, result, result_length, matches_found);
-  });
+  bool argumentsFit = document_name != nullptr && instancesFit(start_instance, count_instances);
+  return textAnswer(
+      handle, argumentsFit, result, result_length, matches_found,
+      [&](tagwright::Tagwright& instance, int* found) {
+        return instance.readXPointer(
+            document_name, textOr(element_name, "#element"), textOr(attribute_name, "*"),
+            textOr(attribute_value, "*"), static_cast<std::int16_t>(start_instance),
+            static_cast<std::int16_t>(count_instances), textOr(content_type, "innerMarkup"),
+            textOr(span_function, ""), textOr(string_function, ""), textOr(separator, ""), found);
+      });
 }
 
 int tagwright_write(tagwright_instance* handle, const char* new_content, size_t new_content_length,
@@ -175,58 +188,49 @@ int tagwright_write(tagwright_instance* handle, const char* new_content, size_t 
                     const char* attribute_value, int start_instance, int count_instances,
                     const char* content_type, const char* span_function, const char* separator,
                     int* result, char** error_result, size_t* error_result_length) {
-  if (handle == nullptr || (new_content == nullptr && new_content_length != 0) ||
-      document_name == nullptr || result == nullptr || error_result == nullptr ||
-      error_result_length == nullptr || !isInt16(start_instance) || !isInt16(count_instances)) {
-    return TAGWRIGHT_MISUSE;
-  }
-  return guarded([&] {
-    std::string former;
-    std::string content =
-        new_content != nullptr ? std::string(new_content, new_content_length) : std::string();
-    // Rewrites of one document by other processes take turns with this one.
-    std::unique_ptr<tagwright::FileLock> lock = handle->instance->lockForRewrite(document_name);
-    int count = handle->instance->writeXPointer(
-        content, document_name, textOr(element_name, "#element"), textOr(attribute_name, "*"),
-        textOr(attribute_value, "*"), static_cast<std::int16_t>(start_instance),
-        static_cast<std::int16_t>(count_instances), textOr(content_type, "innermarkup"),
-        textOr(span_function, ""), textOr(separator, ""), &former);
-    return answer(former, count, error_result, error_result_length, result);
-  });
+  bool argumentsFit = (new_content != nullptr || new_content_length == 0) &&
+                      document_name != nullptr && instancesFit(start_instance, count_instances);
+  // The answer's text is the former content and its count the parts replaced.
+  return textAnswer(
+      handle, argumentsFit, error_result, error_result_length, result,
+      [&](tagwright::Tagwright& instance, int* count) {
+        std::string former;
+        std::string content =
+            new_content != nullptr ? std::string(new_content, new_content_length) : std::string();
+        // Rewrites of one document by other processes take turns with this one.
+        std::unique_ptr<tagwright::FileLock> lock = instance.lockForRewrite(document_name);
+        *count = instance.writeXPointer(
+            content, document_name, textOr(element_name, "#element"), textOr(attribute_name, "*"),
+            textOr(attribute_value, "*"), static_cast<std::int16_t>(start_instance),
+            static_cast<std::int16_t>(count_instances), textOr(content_type, "innermarkup"),
+            textOr(span_function, ""), textOr(separator, ""), &former);
+        return former;
+      });
 }
 
 int tagwright_meta(tagwright_instance* handle, const char* document_name, const char* meta_name,
                    int start_instance, int count_instances, const char* equals,
                    const char* separator, char** result, size_t* result_length,
                    int* matches_found) {
-  if (handle == nullptr || document_name == nullptr || result == nullptr ||
-      result_length == nullptr || matches_found == nullptr || !isInt16(start_instance) ||
-      !isInt16(count_instances)) {
-    return TAGWRIGHT_MISUSE;
-  }
-  return guarded([&] {
-    int found = 0;
-    std::string text = handle->instance->readMetaContent(
-        document_name, textOr(meta_name, "*"), static_cast<std::int16_t>(start_instance),
-        static_cast<std::int16_t>(count_instances), textOr(equals, "$eq$"), textOr(separator, ""),
-        &found);
-    return answer(text, found, result, result_length, matches_found);
-  });
+  bool argumentsFit = document_name != nullptr && instancesFit(start_instance, count_instances);
+  return textAnswer(handle, argumentsFit, result, result_length, matches_found,
+                    [&](tagwright::Tagwright& instance, int* found) {
+                      return instance.readMetaContent(document_name, textOr(meta_name, "*"),
+                                                      static_cast<std::int16_t>(start_instance),
+                                                      static_cast<std::int16_t>(count_instances),
+                                                      textOr(equals, "$eq$"), textOr(separator, ""),
+                                                      found);
+                    });
 }
 
 int tagwright_list(tagwright_instance* handle, const char* folder, const char* pattern,
                    const char* separator, char** result, size_t* result_length,
                    int* matches_found) {
-  if (handle == nullptr || folder == nullptr || result == nullptr || result_length == nullptr ||
-      matches_found == nullptr) {
-    return TAGWRIGHT_MISUSE;
-  }
-  return guarded([&] {
-    int found = 0;
-    std::string text = handle->instance->fileListing(folder, textOr(pattern, "*.*"),
-                                                     textOr(separator, ""), &found);
-    return answer(text, found, result, result_length, matches_found);
-  });
+  return textAnswer(handle, folder != nullptr, result, result_length, matches_found,
+                    [&](tagwright::Tagwright& instance, int* found) {
+                      return instance.fileListing(folder, textOr(pattern, "*.*"),
+                                                  textOr(separator, ""), found);
+                    });
 }
 
 }  // extern "C"

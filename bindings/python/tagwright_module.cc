@@ -52,6 +52,26 @@ int int16Parameter(int value, const char* name) {
   return value;
 }
 
+// What read() and write() share: the document and the parts of it located,
+// checked and turned into the bytes the C interface takes.
+struct Query {
+  Query(const py::str& documentName, const py::str& elementName, const py::str& attributeName,
+        const py::str& attributeValue, int startInstance, int countInstances,
+        const py::str& contentType, const py::str& spanFunction, const py::str& separator)
+      : document(parameter(documentName, "document_name")),
+        element(parameter(elementName, "element_name")),
+        attribute(parameter(attributeName, "attribute_name")),
+        value(parameter(attributeValue, "attribute_value")),
+        contentKind(parameter(contentType, "content_type")),
+        span(parameter(spanFunction, "span_function")),
+        separatorText(parameter(separator, "separator")),
+        start(int16Parameter(startInstance, "start_instance")),
+        count(int16Parameter(countInstances, "count_instances")) {}
+
+  std::string document, element, attribute, value, contentKind, span, separatorText;
+  int start, count;
+};
+
 // Turns a return code that says the call did not run into a Python error.
 void check(int code) {
   if (code == TAGWRIGHT_OK) return;
@@ -91,19 +111,17 @@ class Tagwright {
                  const py::str& attributeName, const py::str& attributeValue, int startInstance,
                  int countInstances, const py::str& contentType, const py::str& spanFunction,
                  const py::str& stringFunction, const py::str& separator) {
-    std::string args[] = {
-        parameter(documentName, "document_name"),     parameter(elementName, "element_name"),
-        parameter(attributeName, "attribute_name"),   parameter(attributeValue, "attribute_value"),
-        parameter(contentType, "content_type"),       parameter(spanFunction, "span_function"),
-        parameter(stringFunction, "string_function"), parameter(separator, "separator")};
-    int start = int16Parameter(startInstance, "start_instance");
-    int count = int16Parameter(countInstances, "count_instances");
+    Query query(documentName, elementName, attributeName, attributeValue, startInstance,
+                countInstances, contentType, spanFunction, separator);
+    std::string stringFunctionText = parameter(stringFunction, "string_function");
     OwnedText text;
     int found = 0;
     check(unlocked([&] {
-      return tagwright_read(handle_.get(), args[0].c_str(), args[1].c_str(), args[2].c_str(),
-                            args[3].c_str(), start, count, args[4].c_str(), args[5].c_str(),
-                            args[6].c_str(), args[7].c_str(), &text.data, &text.length, &found);
+      return tagwright_read(handle_.get(), query.document.c_str(), query.element.c_str(),
+                            query.attribute.c_str(), query.value.c_str(), query.start, query.count,
+                            query.contentKind.c_str(), query.span.c_str(),
+                            stringFunctionText.c_str(), query.separatorText.c_str(), &text.data,
+                            &text.length, &found);
     }));
     return textAnswer(text, found);
   }
@@ -114,20 +132,16 @@ class Tagwright {
                   const py::str& contentType, const py::str& spanFunction,
                   const py::str& separator) {
     std::string content = bytesOf(newContent);
-    std::string args[] = {
-        parameter(documentName, "document_name"),   parameter(elementName, "element_name"),
-        parameter(attributeName, "attribute_name"), parameter(attributeValue, "attribute_value"),
-        parameter(contentType, "content_type"),     parameter(spanFunction, "span_function"),
-        parameter(separator, "separator")};
-    int start = int16Parameter(startInstance, "start_instance");
-    int count = int16Parameter(countInstances, "count_instances");
+    Query query(documentName, elementName, attributeName, attributeValue, startInstance,
+                countInstances, contentType, spanFunction, separator);
     OwnedText former;
     int found = 0;
     check(unlocked([&] {
-      return tagwright_write(handle_.get(), content.data(), content.size(), args[0].c_str(),
-                             args[1].c_str(), args[2].c_str(), args[3].c_str(), start, count,
-                             args[4].c_str(), args[5].c_str(), args[6].c_str(), &found,
-                             &former.data, &former.length);
+      return tagwright_write(handle_.get(), content.data(), content.size(), query.document.c_str(),
+                             query.element.c_str(), query.attribute.c_str(), query.value.c_str(),
+                             query.start, query.count, query.contentKind.c_str(),
+                             query.span.c_str(), query.separatorText.c_str(), &found, &former.data,
+                             &former.length);
     }));
     py::str formerText = strOf(former.data, former.length);
     raiseIfFailed(formerText, found);

@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <chrono>
 #include <filesystem>
 #include <random>
-#include <thread>
 
 #include "support/program.h"
 #include "support/temp_folder.h"
@@ -47,39 +45,35 @@ TEST(Batch, CommandLines) {
     std::string out;  // "@" stands for the site's physical path
     std::string err;  // a part of what the run writes there
   } cases[] = {
-      {Args{"read", "--recursive", ".", "--pattern", "*.htm", "--element-name", "title", "--json",
-            "--jobs", "3"},
-       0,
+      {words("read --recursive . --pattern *.htm --element-name title --json --jobs 3"), 0,
        "{\"document\":\"./a.htm\",\"result\":\"T1\",\"matchesFound\":1}\n"
        "{\"document\":\"./b/c.htm\",\"result\":\"T2\",\"matchesFound\":1}\n"
        "{\"document\":\"./b/d/e.htm\",\"result\":\"T3\",\"matchesFound\":1}\n"
        "{\"document\":\"./b/link.htm\",\"result\":\"T1\",\"matchesFound\":1}\n"
        "{\"document\":\"./b/\xC3\xA9.htm\",\"result\":\"T7\",\"matchesFound\":1}\n",
        ""},
-      {Args{"read", "--recursive", "b/d/", "--element-name", "title"}, 0, "b/d/e.htm:T3\n", ""},
-      {Args{"read", "--files-from", "list", "--element-name", "title"}, 1,
+      {words("read --recursive b/d/ --element-name title"), 0, "b/d/e.htm:T3\n", ""},
+      {words("read --files-from list --element-name title"), 1,
        "a.htm:T1\nb/c.htm:T2\nnone.htm:" + noFile + "@none.htm'.\n",
        "tagwright: none.htm: " + noFile + "@none.htm'.\n"},
-      {Args{"read", "--files-from", "list", "a.htm", "--element-name", "footer", "--jobs", "1"}, 1,
+      {words("read --files-from list a.htm --element-name footer --jobs 1"), 1,
        "a.htm:old 1\na.htm:old 1\nb/c.htm:old 2\nnone.htm:" + noFile + "@none.htm'.\n", ""},
-      {Args{"meta", "--files-from", "list0", "-0", "--json"}, 0,
+      {words("meta --files-from list0 -0 --json"), 0,
        "{\"document\":\"b/d/e.htm\",\"result\":\"\",\"matchesFound\":0}\n"
        "{\"document\":\"a.htm\",\"result\":\"\",\"matchesFound\":0}\n",
        ""},
-      {Args{"write", "a.htm", "b/c.htm", "--element-name", "footer", "--new-content", "N", "--json",
-            "--progress"},
-       0,
+      {words("write a.htm b/c.htm --element-name footer --new-content N --json --progress"), 0,
        "{\"document\":\"a.htm\",\"result\":1,\"errorResult\":\"old 1\"}\n"
        "{\"document\":\"b/c.htm\",\"result\":1,\"errorResult\":\"old 2\"}\n",
        "2 documents, 2 matched, 2 changed, 0 failed"},
-      {Args{"read", "--recursive", "none", "--element-name", "title"}, 2, "",
+      {words("read --recursive none --element-name title"), 2, "",
        "--recursive none names no folder"},
-      {Args{"read", "--files-from", "none"}, 2, "", "cannot read --files-from none"},
-      {Args{"read", "a.htm", "--pattern", "*.htm"}, 2, "", "--pattern"},
-      {Args{"read", "a.htm", "b/c.htm", "-0"}, 2, "", "-0"},
-      {Args{"read", "--element-name", "title"}, 2, "", "DOCUMENT"},
-      {Args{"write", "--files-from", "-", "--new-content-file", "-"}, 2, "", "standard input"},
-      {Args{"read", "a.htm", "b/c.htm", "--jobs", "0"}, 2, "", "--jobs"},
+      {words("read --files-from none"), 2, "", "cannot read --files-from none"},
+      {words("read a.htm --pattern *.htm"), 2, "", "--pattern"},
+      {words("read a.htm b/c.htm -0"), 2, "", "-0"},
+      {words("read --element-name title"), 2, "", "DOCUMENT"},
+      {words("write --files-from - --new-content-file -"), 2, "", "standard input"},
+      {words("read a.htm b/c.htm --jobs 0"), 2, "", "--jobs"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.arguments));
@@ -164,49 +158,31 @@ TEST(Batch, EqualsSingleCalls) {
 
 // Killed at a random instant, a batch rewrite leaves every document whole:
 // the former text or the new one, never a mixture, an empty or a missing file.
-// The first round runs to its end, and its time spreads the later kills.
 TEST(Batch, KilledRewriteLeavesEachDocumentOldOrNew) {
   constexpr int kPages = 300;
-  std::mt19937 random(std::random_device{}());
-  std::chrono::milliseconds whole{0};
-  for (int round = 0; round < 7; ++round) {
-    TempFolder site;
-    for (int i = 0; i < kPages; ++i)
-      site.write("p" + std::to_string(i) + ".htm", std::string(20000, 'x') + page(i));
-    pid_t pid = ::fork();
-    if (pid == 0) {
-      if (::chdir(site.host().c_str()) != 0) ::_exit(126);
-      ::execl(TAGWRIGHT_BINARY, TAGWRIGHT_BINARY, "write", "--recursive", ".", "--element-name",
-              "footer", "--new-content", "NEW", "--jobs", "2", static_cast<char*>(nullptr));
-      ::_exit(127);
-    }
-    const auto start = std::chrono::steady_clock::now();
-    if (round > 0) {
-      std::this_thread::sleep_for(
-          std::chrono::milliseconds(random() % static_cast<unsigned>(whole.count() + 1)));
-      ::kill(pid, SIGKILL);
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    if (round == 0) {
-      ASSERT_EQ(status, 0);
-      whole = std::chrono::duration_cast<std::chrono::milliseconds>(
-          std::chrono::steady_clock::now() - start);
-    }
-    int replaced = 0;
-    for (int i = 0; i < kPages; ++i) {
-      const std::string old = std::string(20000, 'x') + page(i);
-      std::string now = old;
-      now.replace(now.find("old " + std::to_string(i)), 4 + std::to_string(i).size(), "NEW");
-      std::optional<std::string> bytes = site.read("p" + std::to_string(i) + ".htm");
-      ASSERT_TRUE(bytes == old || bytes == now) << "p" << i << " in round " << round;
-      replaced += bytes == now;
-    }
-    if (round == 0) {
-      EXPECT_EQ(replaced, kPages);
-    }
-    RecordProperty("replaced" + std::to_string(round), replaced);
-  }
+  auto old = [](int i) { return std::string(20000, 'x') + page(i); };
+  TempFolder site;
+  int round = 0;
+  killAtRandomInstants(
+      words("write --recursive . --element-name footer --new-content NEW --jobs 2"), site.host(), 6,
+      [&] {
+        std::filesystem::remove_all(site.host("p"));
+        for (int i = 0; i < kPages; ++i) site.write("p/" + std::to_string(i) + ".htm", old(i));
+      },
+      [&](bool killed) {
+        int replaced = 0;
+        for (int i = 0; i < kPages; ++i) {
+          std::string now = old(i);
+          now.replace(now.find("old " + std::to_string(i)), 4 + std::to_string(i).size(), "NEW");
+          std::optional<std::string> bytes = site.read("p/" + std::to_string(i) + ".htm");
+          ASSERT_TRUE(bytes == old(i) || bytes == now) << "p" << i;
+          replaced += bytes == now;
+        }
+        if (!killed) {
+          EXPECT_EQ(replaced, kPages);
+        }
+        RecordProperty("replaced" + std::to_string(round++), replaced);
+      });
 }
 
 }  // namespace

@@ -44,44 +44,36 @@ struct Site {
   TempFolder folder;
 };
 
+// A document from a pipe gets the answer the file gets, in about the memory
+// the file takes: the page itself would add 7 MiB at the last row, while a
+// chunk reader adds its buffer alone.
 TEST(CommandLine, StandardInputAnswersAsTheFile) {
   const struct {
     std::string bytes;
-    Args options;
+    std::string options;
     std::string count;
   } cases[] = {
-      {page(40, "\r\n"), {"read", "--element-name", "p", "--content-type", "outerMarkup"}, "10"},
-      {page(40, "\n"), {"read", "--element-name", "div", "--line-ends=any", "--json"}, ""},
-      {page(9000, "\n"), {"read", "--element-name", "p", "--line-ends=any"}, "2570"},
-      {page(3000, "\r\n"), {"read", "--element-name", "p", "--content-type", "innerText"}, "856"},
-      {page(3000, "\n"), {"read", "--element-name", "p", "--count-instances", "3", "-e"}, "3"},
-      {"<meta name=\"a\" content=\"1\">\r\n<meta name=\"b\" content=\"2\">", {"meta"}, "2"},
-      {"", {"read", "-e"}, "0"},
+      {page(40, "\r\n"), "read --element-name p --content-type outerMarkup", "10"},
+      {page(40, "\n"), "read --element-name div --line-ends=any --json", ""},
+      {page(9000, "\n"), "read --element-name p --line-ends=any", "2570"},
+      {page(3000, "\r\n"), "read --element-name p --content-type innerText", "856"},
+      {page(3000, "\n"), "read --element-name p --count-instances 3 -e", "3"},
+      {"<meta name=\"a\" content=\"1\">\r\n<meta name=\"b\" content=\"2\">", "meta", "2"},
+      {"", "read -e", "0"},
+      {page(400000, "\r\n"), "read --element-name div --content-type innerText", "1"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.options));
+    SCOPED_TRACE(c.options);
     Site site(c.bytes);
-    Args fromFile = c.options, fromPipe = c.options;
+    Args fromFile = words(c.options), fromPipe = fromFile;
     fromFile.insert(fromFile.begin() + 1, site.path());
     fromPipe.insert(fromPipe.begin() + 1, "-");
-    HostRun file = runProgram(fromFile);
+    long fileKib = 0, pipeKib = 0;
+    HostRun file = runProgram(fromFile, {.peakKib = &fileKib});
     EXPECT_EQ(file.err, c.count.empty() ? "" : "matches: " + c.count + "\n");
-    EXPECT_EQ(runProgram(fromPipe, {.input = c.bytes}), file);
+    EXPECT_EQ(runProgram(fromPipe, {.input = c.bytes, .peakKib = &pipeKib}), file);
+    EXPECT_LT(pipeKib, fileKib + 2048) << fileKib;
   }
-}
-
-TEST(CommandLine, StandardInputTakesMemoryAsAFileDoes) {
-  Site site(page(400000, "\r\n"));  // about 7 MiB
-  const std::string bytes = *site.folder.read("page.htm");
-  long fileKib = 0, pipeKib = 0;
-  Args query = {"read", site.path(), "--element-name", "div", "--content-type", "innerText"};
-  HostRun file = runProgram(query, {.peakKib = &fileKib});
-  query[1] = "-";
-  HostRun pipe = runProgram(query, {.input = bytes, .peakKib = &pipeKib});
-  EXPECT_EQ(pipe, file);
-  EXPECT_EQ(file.err, "matches: 1\n");
-  // The page itself would add 7 MiB; a chunk reader adds its buffer alone.
-  EXPECT_LT(pipeKib, fileKib + 2048) << fileKib;
 }
 
 // Runs `write` once into the site's file and returns what it made.
@@ -105,60 +97,50 @@ const struct RewriteCase {
     {"<p>x</p>", {"--element-name", "p", "--new-content", "y\r\n"}},  // no final line end
 };
 
-TEST(CommandLine, WriteToStandardOutputLeavesTheDiskAlone) {
+// --stdout prints the rewrite and --dry-run a diff that patches to it; both
+// leave the disk alone.
+TEST(CommandLine, StdoutAndDryRunLeaveTheDiskAlone) {
   for (const RewriteCase& c : kRewrites) {
     SCOPED_TRACE(testing::PrintToString(c.options));
     const std::string expected = realWrite(c.bytes, c.options);
-    for (bool pipe : {false, true}) {
+    for (const char* mode : {"--stdout", "pipe", "--dry-run"}) {
       Site site(c.bytes);
-      Args arguments = {"write", pipe ? "-" : site.path(), "--stdout"};
+      const bool pipe = mode == "pipe"s;
+      Args arguments = {"write", pipe ? "-" : site.path(), pipe ? "--stdout" : mode};
       arguments.insert(arguments.end(), c.options.begin(), c.options.end());
       HostRun run = runProgram(arguments, {.input = pipe ? std::optional(c.bytes) : std::nullopt});
-      EXPECT_EQ(run.status, 0) << run.err;
-      EXPECT_EQ(run.out, expected);
       EXPECT_EQ(site.folder.names(), std::set<std::string>{"page.htm"});
       EXPECT_EQ(site.folder.read("page.htm"), c.bytes);
+      if (mode != "--dry-run"s) {
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, expected);
+        continue;
+      }
+      EXPECT_EQ(run.status, 1) << run.err;
+      const std::string name = site.path().substr(1);
+      EXPECT_TRUE(run.out.starts_with("--- a/" + name + "\n+++ b/" + name + "\n")) << run.out;
+      site.folder.write("diff", run.out);
+      const std::string patch = "patch -s -p1 -d / <" + site.folder.host("diff");
+      ASSERT_EQ(std::system(patch.c_str()), 0);
+      EXPECT_EQ(site.folder.read("page.htm"), expected);
     }
   }
   // A failure leaves standard output empty: half a document is no document.
-  HostRun run = runProgram({"write", "-", "--stdout", "--element-name", "p", "--new-content", "x"},
+  HostRun run = runProgram(words("write - --stdout --element-name p --new-content x"),
                            {.input = "<p>no end"});
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.out, "");
   EXPECT_TRUE(run.err.starts_with("ERROR: Found")) << run.err;
-}
-
-TEST(CommandLine, DryRunDiffPatchesToTheRewrite) {
-  for (const RewriteCase& c : kRewrites) {
-    SCOPED_TRACE(testing::PrintToString(c.options));
-    Site site(c.bytes);
-    Args arguments = {"write", site.path(), "--dry-run"};
-    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
-    HostRun run = runProgram(arguments);
-    EXPECT_EQ(run.status, 1) << run.err;
-    EXPECT_EQ(site.folder.names(), std::set<std::string>{"page.htm"});
-    EXPECT_EQ(site.folder.read("page.htm"), c.bytes);
-    const std::string name = site.path().substr(1);
-    EXPECT_TRUE(run.out.starts_with("--- a/" + name + "\n+++ b/" + name + "\n")) << run.out;
-    site.folder.write("diff", run.out);
-    const std::string patch = "patch -s -p1 -d / <" + site.folder.host("diff");
-    ASSERT_EQ(std::system(patch.c_str()), 0);
-    EXPECT_EQ(site.folder.read("page.htm"), realWrite(c.bytes, c.options));
-  }
+  // A dry run that changes nothing, and one that fails, say so by their status.
   Site same("<p>x</p>\r\n");
+  EXPECT_EQ(
+      runProgram(words("write " + same.path() + " --dry-run --element-name p --new-content x")),
+      (HostRun{0, "", "matches: 1\n"}));
   const std::string missing = same.folder.host("none.htm");
-  const struct {
-    Args arguments;
-    HostRun want;
-  } statuses[] = {
-      {{"write", same.path(), "--dry-run", "--element-name", "p", "--new-content", "x"},
-       {0, "", "matches: 1\n"}},
-      {{"write", missing, "--dry-run", "--new-content", "x"},
-       {2, "",
-        "ERROR: Cannot open document file: '" + toUtf8(physicalPathOf(missing)) +
-            "'.\nmatches: -1\n"}},
-  };
-  for (const auto& c : statuses) EXPECT_EQ(runProgram(c.arguments), c.want);
+  EXPECT_EQ(runProgram(words("write " + missing + " --dry-run --new-content x")),
+            (HostRun{2, "",
+                     "ERROR: Cannot open document file: '" + toUtf8(physicalPathOf(missing)) +
+                         "'.\nmatches: -1\n"}));
 }
 
 TEST(CommandLine, ExitStatusAsGrepGivesIt) {
@@ -205,31 +187,23 @@ std::pair<std::uint64_t, std::uint64_t> lineAndColumn(const std::string& bytes, 
 TEST(CommandLine, JsonLinesPositionsCutTheFile) {
   const struct {
     std::string bytes;
-    Args options;
+    std::string command;
     int parts;
-    std::string command = "read";
   } cases[] = {
-      {page(700, "\r\n"), {"--element-name", "p", "--content-type", "outerMarkup"}, 198},
-      {page(700, "\r\n"), {"--element-name", "div"}, 1},
-      {page(700, "\n"), {"--element-name", "p", "--line-ends=any"}, 198},
-      {page(700, "\n"),
-       {"--element-name", "div", "--content-type=outerMarkup", "--line-ends", "any"},
-       1},
-      {"a\n\xff<p>\xe9\rb</p>\r\n<p></p>", {"--element-name", "p", "--line-ends=any"}, 2},
+      {page(700, "\r\n"), "read --element-name p --content-type outerMarkup", 198},
+      {page(700, "\r\n"), "read --element-name div", 1},
+      {page(700, "\n"), "read --element-name p --line-ends=any", 198},
+      {page(700, "\n"), "read --element-name div --content-type=outerMarkup --line-ends any", 1},
+      {"a\n\xff<p>\xe9\rb</p>\r\n<p></p>", "read --element-name p --line-ends=any", 2},
       // A write tells where the parts it replaced stood.
-      {page(700, "\r\n"),
-       {"--element-name", "p", "--count-instances", "0", "--new-content", "N"},
-       198,
-       "write"},
+      {page(700, "\r\n"), "write --element-name p --count-instances 0 --new-content N", 198},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.options));
+    SCOPED_TRACE(c.command);
     Site site(c.bytes);
-    const bool anyLf =
-        std::find(c.options.begin(), c.options.end(), "any") != c.options.end() ||
-        std::find(c.options.begin(), c.options.end(), "--line-ends=any") != c.options.end();
-    Args arguments = {c.command, site.path(), "--json-lines"};
-    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+    const bool anyLf = c.command.find("any") != std::string::npos;
+    Args arguments = words(c.command);
+    arguments.insert(arguments.begin() + 1, {site.path(), "--json-lines"});
     HostRun run = runProgram(arguments);
     EXPECT_EQ(run.err, "matches: " + std::to_string(c.parts) + "\n");
     std::istringstream lines(run.out);
@@ -332,7 +306,16 @@ TEST(CommandLine, ManualAndCompletionFollowTheHelp) {
   const std::string shown = *work.read("manual");
   for (const char* command : {"", "read", "write", "meta", "list", "serve"}) {
     HostRun help = runProgram(*command ? Args{command, "--help"} : Args{"--help"});
+    EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("Usage: tagwright "s + command), std::string::npos);
+    // The whole program's help names the settings file and every setting.
+    for (const char* word :
+         {"TAGWRIGHT_SETTINGS", "/etc/tagwright/settings.conf", "BufferLengthCharacters",
+          "AllowVirtualDocReadOnly", "AllowVirtualDocWriteOnly", "AllowVirtualFileListOnly"}) {
+      if (!*command) {
+        EXPECT_NE(help.out.find(word), std::string::npos) << word;
+      }
+    }
     std::istringstream lines(help.out);
     for (std::string line; std::getline(lines, line);) {
       EXPECT_NE(shown.find(line), std::string::npos) << line;

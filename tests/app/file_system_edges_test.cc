@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <optional>
 
 #include "support/program.h"
 #include "support/temp_folder.h"
@@ -66,75 +65,46 @@ TEST(FileSystemEdges, Table) {
   const std::string unidentified = "ERROR: Unidentified Error while validating parameters.";
   const struct {
     const char* name;
-    Args arguments;  // "$x" stands for the host path of x
+    std::string command;  // "$x" stands for the host path of x
     int status;
-    std::string out;  // the start of what the run prints
-    std::map<std::string, std::optional<std::string>> changes = {};  // nothing: removed
-    ProgramStart start = {};
+    std::string out;                 // the start of what the run prints
+    std::string workingFolder = "";  // one that ends in "gone" is removed under the run
+    std::string environment = "";
+    std::map<std::string, std::string> changes = {};
   } cases[] = {
-      {"WriteOnDevice", {"write", "$site/cdev", "--new-content", "X"}, 1, cannotOpen},
-      {"WriteOnFifo", {"write", "$site/fifo", "--new-content", "X"}, 1, cannotOpen},
-      {"ReadThroughLinkToFifo", {"read", "$site/tofifo"}, 1, cannotOpen},
+      {"WriteOnDevice", "write $site/cdev --new-content X", 1, cannotOpen},
+      {"WriteOnFifo", "write $site/fifo --new-content X", 1, cannotOpen},
+      {"ReadThroughLinkToFifo", "read $site/tofifo", 1, cannotOpen},
       {"ContentFromFifo",
-       {"write", "$site/index.htm", "--element-name", "#aspcode", "--new-content-file",
-        "$content.fifo"},
-       2,
-       ""},
+       "write $site/index.htm --element-name #aspcode --new-content-file $content.fifo", 2, ""},
       {"WildcardsAreLiteral",
-       {"write", "$wild/a?*.htm", "--element-name", "#aspcode", "--new-content", "new"},
+       "write $wild/a?*.htm --element-name #aspcode --new-content new",
        0,
        "old",
+       "",
+       "",
        {{"wild/a?*.htm", "<%new%>\r\n"}, {"wild/a?*.bak", "<%old%>"}}},
-      {"EmptyRootWithEquals", {"read", "C:$site/index.htm", "--root="}, 2, ""},
-      {"GoneWorkingFolderList",
-       {"list", ".", "--root", "$site"},
-       1,
-       "ERROR: Path not found.",
-       {{"site/gone", std::nullopt}},
-       {"$site/gone", true}},
-      {"GoneWorkingFolderPhysical",
-       {"read", "C:$site/index.htm", "--element-name", "#aspcode"},
-       0,
-       "site",
-       {{"site/gone", std::nullopt}},
-       {"$site/gone", true}},
-      {"WorkingFolderThroughLinkedRoot",
-       {"read", "index.htm", "--root", "$rootlink", "--element-name", "#aspcode"},
-       0,
-       "site",
-       {},
-       {"$rootlink"}},
-      {"LinkOutRead", {"read", "/secret.htm", "--root", "$site"}, 1, unidentified},
-      {"LinkOutWrite",
-       {"write", "/secret.htm", "--root", "$site", "--element-name", "#aspcode", "--new-content",
-        "X"},
-       1,
+      {"EmptyRootWithEquals", "read C:$site/index.htm --root=", 2, ""},
+      {"GoneWorkingFolderList", "list . --root $site", 1, "ERROR: Path not found.", "$site/gone"},
+      {"GoneWorkingFolderPhysical", "read C:$site/index.htm --element-name #aspcode", 0, "site",
+       "$site/gone"},
+      {"WorkingFolderThroughLinkedRoot", "read index.htm --root $rootlink --element-name #aspcode",
+       0, "site", "$rootlink"},
+      {"LinkOutWrite", "write /secret.htm --root $site --element-name #aspcode --new-content X", 1,
        unidentified},
-      {"LinkedFolderOutList",
-       {"list", "/out", "--root", "$site"},
-       1,
-       "ERROR: Path is outside the site root."},
-      {"LinkOutAllowed",
-       {"read", "/secret.htm", "--root", "$site", "--element-name", "#aspcode",
-        "--follow-links-out"},
-       0,
-       "secret"},
-      {"LinkOutAllowedBySetting",
-       {"read", "/secret.htm", "--root", "$site", "--element-name", "#aspcode"},
-       0,
-       "secret",
-       {},
-       {"", false, {"TAGWRIGHT_SETTINGS=$settings.conf"}}},
-      {"LinkInside",
-       {"read", "/in.htm", "--root", "$site", "--element-name", "#aspcode"},
-       0,
-       "site"},
+      {"LinkedFolderOutList", "list /out --root $site", 1, "ERROR: Path is outside the site root."},
+      {"LinkOutAllowed", "read /secret.htm --root $site --element-name #aspcode --follow-links-out",
+       0, "secret"},
+      {"LinkOutAllowedBySetting", "read /secret.htm --root $site --element-name #aspcode", 0,
+       "secret", "", "TAGWRIGHT_SETTINGS=$settings.conf"},
+      {"LinkInside", "read /in.htm --root $site --element-name #aspcode", 0, "site"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     TempFolder top;
     makeSite(top);
-    if (c.arguments[1].ends_with("cdev") && !fs::is_character_file(top.host("site/cdev"))) {
+    if (c.command.find("cdev") != std::string::npos &&
+        !fs::is_character_file(top.host("site/cdev"))) {
       continue;  // this process may not make a device
     }
     auto hosted = [&](std::string text) {
@@ -142,20 +112,15 @@ TEST(FileSystemEdges, Table) {
       if (at == std::string::npos) return text;
       return text.substr(0, at) + top.host(text.substr(at + 1));
     };
-    Args arguments = c.arguments;
+    Args arguments = words(c.command);
     for (std::string& argument : arguments) argument = hosted(argument);
-    ProgramStart start = c.start;
-    start.workingFolder = hosted(start.workingFolder);
-    for (std::string& entry : start.environment) entry = hosted(entry);
+    ProgramStart start{.workingFolder = hosted(c.workingFolder),
+                       .removeWorkingFolder = c.workingFolder.ends_with("gone")};
+    if (!c.environment.empty()) start.environment = {hosted(c.environment)};
 
     Tree want = treeOf(top.host());
-    for (const auto& [name, bytes] : c.changes) {
-      if (bytes) {
-        want[name] = *bytes;
-      } else {
-        want.erase(name);
-      }
-    }
+    if (start.removeWorkingFolder) want.erase("site/gone");
+    for (const auto& [name, bytes] : c.changes) want[name] = bytes;
     HostRun run = runProgram(arguments, start);
     EXPECT_EQ(run.status, c.status) << run.err;
     EXPECT_TRUE(run.out.starts_with(c.out)) << run.out;

@@ -30,24 +30,38 @@ def site(tmp_path):
     return copy
 
 
-def run_cli(site, command, target, options):
+def run_cli(site, command, target, options, input=None):
     arguments = [CLI, command, target, "--root", str(site)]
     for name, value in options.items():
         arguments.append(f"--{name.replace('_', '-')}={value}")
-    done = subprocess.run(arguments, capture_output=True, cwd=site)
+    done = subprocess.run(arguments, capture_output=True, cwd=site, input=input)
     # A refused path may be explained on a line of its own before the count.
     match = re.fullmatch(rb"(?:tagwright: [^\n]*\n)?matches: (-?\d+)\n", done.stderr)
     assert match, done.stderr
     return done.stdout, int(match.group(1))
 
 
+def as_bytes(text):
+    return text.encode("utf-8", "surrogateescape")
+
+
 class CInterface:
     """The C interface, called as a C program calls it."""
+
+    # The parameters of each call between the document (or folder) and the
+    # outputs, with the numbers' defaults; a text left out goes as NULL.
+    PARAMETERS = {
+        "read": "element_name attribute_name attribute_value start_instance=1 count_instances=0 "
+                "content_type span_function string_function separator",
+        "write": "element_name attribute_name attribute_value start_instance=1 count_instances=1 "
+                 "content_type span_function separator",
+        "meta": "meta_name start_instance=1 count_instances=0 equals separator",
+        "list": "pattern separator",
+    }
 
     def __init__(self, root):
         lib = ctypes.CDLL(LIBRARY)
         self.lib = lib
-        lib.tagwright_version.restype = ctypes.c_char_p
         self.handle = ctypes.c_void_p()
         assert lib.tagwright_new(None, ctypes.byref(self.handle), None) == 0
         assert lib.tagwright_set_site_root(self.handle, str(root).encode()) == 0
@@ -55,50 +69,35 @@ class CInterface:
     def __del__(self):
         self.lib.tagwright_delete(self.handle)
 
-    def _call(self, function, *arguments):
-        text, length, count = ctypes.c_void_p(), ctypes.c_size_t(), ctypes.c_int()
-        texts = [a.encode("utf-8", "surrogateescape") if isinstance(a, str) else a
-                 for a in arguments]
-        code = function(self.handle, *texts, ctypes.byref(text), ctypes.byref(length),
-                        ctypes.byref(count))
-        assert code == 0
+    def _arguments(self, command, target, options):
+        parameters = [p.partition("=") for p in self.PARAMETERS[command].split()]
+        assert set(options) <= {name for name, _, _ in parameters}, options
+        values = [options.get(name, int(default) if default else None)
+                  for name, _, default in parameters]
+        return [as_bytes(v) if isinstance(v, str) else v for v in [target, *values]]
+
+    def _owned(self, text, length):
         answer = ctypes.string_at(text, length.value)
         self.lib.tagwright_free(text)
-        return answer, count.value
+        return answer
 
-    def read(self, document, element_name=None, attribute_name=None, attribute_value=None,
-             start_instance=1, count_instances=0, content_type=None, span_function=None,
-             string_function=None, separator=None):
-        return self._call(self.lib.tagwright_read, document, element_name, attribute_name,
-                          attribute_value, start_instance, count_instances, content_type,
-                          span_function, string_function, separator)
-
-    def meta(self, document, meta_name=None, start_instance=1, count_instances=0, equals=None,
-             separator=None):
-        return self._call(self.lib.tagwright_meta, document, meta_name, start_instance,
-                          count_instances, equals, separator)
-
-    def list(self, folder, pattern=None, separator=None):
-        return self._call(self.lib.tagwright_list, folder, pattern, separator)
+    def call(self, command, target, **options):
+        text, length, count = ctypes.c_void_p(), ctypes.c_size_t(), ctypes.c_int()
+        code = getattr(self.lib, "tagwright_" + command)(
+            self.handle, *self._arguments(command, target, options), ctypes.byref(text),
+            ctypes.byref(length), ctypes.byref(count))
+        assert code == 0
+        return self._owned(text, length), count.value
 
     def write(self, document, content, **options):
         former, length, count = ctypes.c_void_p(), ctypes.c_size_t(), ctypes.c_int()
-        content = content.encode("utf-8", "surrogateescape")
-        o = {k: (v.encode() if isinstance(v, str) else v) for k, v in options.items()}
+        content = as_bytes(content)
         code = self.lib.tagwright_write(
-            self.handle, content, ctypes.c_size_t(len(content)), document.encode(),
-            o.get("element_name"), o.get("attribute_name"), o.get("attribute_value"),
-            o.get("start_instance", 1), o.get("count_instances", 1), o.get("content_type"),
-            o.get("span_function"), o.get("separator"), ctypes.byref(count),
+            self.handle, content, ctypes.c_size_t(len(content)),
+            *self._arguments("write", document, options), ctypes.byref(count),
             ctypes.byref(former), ctypes.byref(length))
         assert code == 0
-        answer = ctypes.string_at(former, length.value)
-        self.lib.tagwright_free(former)
-        return count.value, answer
-
-
-def as_bytes(text):
-    return text.encode("utf-8", "surrogateescape")
+        return count.value, self._owned(former, length)
 
 
 # (command, target, options): one row per branch of the transport, failures
@@ -123,7 +122,7 @@ CASES = [
 @pytest.mark.parametrize("command,target,options", CASES)
 def test_every_interface_answers_as_the_command_line(site, command, target, options):
     want = run_cli(site, command, target, options)
-    c_answer = getattr(CInterface(site), command)(target, **options)
+    c_answer = CInterface(site).call(command, target, **options)
     module = tagwright.Tagwright(root=str(site), raise_errors=False)
     text, found = getattr(module, command)(target, **options)
     assert c_answer == want
@@ -149,11 +148,9 @@ def test_a_rewrite_is_the_same_through_every_interface(tmp_path):
         sites[-1].mkdir()
         (sites[-1] / "raw.htm").write_bytes(RAW_PAGE)
     new = "n\xe9w \udc80"  # a byte outside UTF-8 goes out as it came in
-    done = subprocess.run([CLI, "write", "/raw.htm", "--root", str(sites[0]),
-                           "--new-content-file=-", *[f"--{k.replace('_', '-')}={v}"
-                                                      for k, v in options.items()]],
-                          input=as_bytes(new), capture_output=True)
-    want = (int(done.stderr.split()[-1]), done.stdout)
+    text, count = run_cli(sites[0], "write", "/raw.htm", {"new_content_file": "-", **options},
+                          input=as_bytes(new))
+    want = (count, text)
     assert CInterface(sites[1]).write("/raw.htm", new, **options) == want
     found, former = tagwright.Tagwright(root=str(sites[2])).write("/raw.htm", new, **options)
     assert (found, as_bytes(former)) == want == (1, b"two")

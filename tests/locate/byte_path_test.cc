@@ -58,17 +58,10 @@ std::string page(std::uint32_t seed, int count, const std::string& lineEnd) {
   return out;
 }
 
-Outcome readOn(const std::string& bytes, Request r, std::int32_t length, bool characters) {
+Outcome readOn(const std::string& bytes, const Request& r, std::int32_t length, bool characters) {
   FakePlatform platform;
   platform.files["/doc.htm"] = bytes;
-  Tagwright instance(platform);
-  TagwrightTestAccess::setBufferLength(instance, length);
-  if (characters) TagwrightTestAccess::keepToCharacters(instance);
-  instance.setLineEnds(r.lineEnds);
-  Outcome o;
-  o.text = instance.readXPointer(r.document, r.element, r.attributeName, r.attributeValue, r.start,
-                                 r.count, r.contentType, r.span, r.string, r.separator, &o.matches);
-  return o;
+  return read(platform, r, length, nullptr, characters);
 }
 
 TEST(BytePath, AgreesWithTheCharacterPath) {

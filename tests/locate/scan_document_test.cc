@@ -17,26 +17,12 @@ Request q(std::string element, std::string contentType = "innerMarkup", std::int
   return {.element = element, .start = start, .count = count, .contentType = contentType};
 }
 
-struct ReadCase {
-  const char* name;
-  std::string document;
-  Request request;
-  std::string text;
-  int matches;
-  std::int32_t bufferLength = 2048;
-};
-
-void expectReads(const std::vector<ReadCase>& cases) {
-  for (const ReadCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(readDocument(c.document, c.request, c.bufferLength), (Outcome{c.text, c.matches}));
-  }
-}
+using ReadCase = ReadRow<Request>;
 
 TEST(ScanDocument, ServerCodeAndTheDriver) {
   const std::string three = "<?xml version=\"1.0\"?>\r\n<%a=1%><p>x</p>\r\n<%b%>\r\n";
   const std::string abc = "<%a%>x<%b%>x<%c%>", line = "0123456789\r\n", y = repeat("y", 98);
-  expectReads({
+  expectReads<Request>({
       {"InnerMarkup", three, q("#aspcode"), "a=1;b", 2},
       {"OuterMarkup", three, q("#aspcode", kOuter), "<%a=1%>;<%b%>", 2},
       {"ProcessingInstruction", three, q("#pi"), "xml version=\"1.0\"", 1},
@@ -71,7 +57,7 @@ TEST(ScanDocument, ElementsDeclarationsAndComments) {
   const std::string subset = "<!DOCTYPE n [\r\n<!ELEMENT n (to)>\r\n]>\r\n<n/>";
   const std::string comments = "<!-- a --><!ELEMENT x (y)><!--b--><!foo>";
   const std::string ete = "<p title=\"ÉTÉ\">x</p><p title=\"ete\">y</p><p title=\"été\">z</p>";
-  expectReads({
+  expectReads<Request>({
       {"OuterHidesTheNeighbour", list, q("li", kOuter), "<li>a</li>;<li>c</li>", 2},
       {"InnerSeesAllThree", list, q("li"), "a;b;c", 3},
       {"PassedOverOuterShowsInside", nested, q("#element", kOuter, 2), "<b>x</b>", 1},
@@ -111,7 +97,7 @@ TEST(ScanDocument, Transforms) {
   const std::string format = "ERROR: Illegal String function format :0,E,0,2";
   const std::string spans =
       "<%<H2>One</h2> text <h3>Two</h3>%>\r\n<%none%>\r\n<%<h2>a</h2>b<h3>c</h3><h2>d</h2>e<h3>%>";
-  expectReads({
+  expectReads<Request>({
       {"BadFormatPerInstance", prices, Request{.string = " 0,E,0,2 "},
        format + ";" + format + ";" + format, 3},
       {"StringThenInnerText", prices, Request{.contentType = kText, .string = "1,\"Net\",4,1"},
@@ -136,7 +122,7 @@ TEST(ScanDocument, OneLinePageLongerThan32767) {
   const std::string farTag = "<p>x</p><p>z</p>" + x + "<p>y</p>";
   const std::string farTagEnd = "<p>x</p><p " + x + ">y</p>";
   const std::string doctype = "<!DOCTYPE html PUBLIC \"x\">" + x;
-  expectReads({
+  expectReads<Request>({
       {"NoMarkerOutThere", "<%a%>" + x, q("#aspcode"), "a", 1},
       {"FarMarker", farCode, q("#aspcode"), overflow, -1},
       {"SearchBehindTheLastWantedRuns", farCode, q("#aspcode", "", 1, 1), overflow, -1},

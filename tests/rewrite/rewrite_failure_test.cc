@@ -1,6 +1,6 @@
-// What a failing rewrite reports and leaves on disk: each failure by fault
-// injection, then every platform call of a rewrite failing in turn, and a
-// power cut at each of them.
+// What a failing rewrite reports and leaves on disk: a failing scan, a
+// temporary name already taken, then every platform call of a rewrite
+// failing in turn, and a power cut at each of them.
 #include <gtest/gtest.h>
 
 #include "support/requests.h"
@@ -36,29 +36,6 @@ FakePlatform prepared(bool hardLinks = true) {
   return platform;
 }
 
-TEST(RewriteFailure, EachFailure) {
-  using K = Failure::Kind;
-  const std::tuple<const char*, int, K, bool, std::string, std::string, std::string> cases[] = {
-      {"openForOutput", 1, K::kPermissionDenied, true, kOpenOutput, kBefore, kPrevious},
-      {"read", 3, K::kDeviceIo, true, "ERROR: Device I/O error.", kBefore, kPrevious},
-      {"writeBytes", 2, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
-      {"syncFile", 1, K::kDiskFull, true, "ERROR: Disk full.", kBefore, kPrevious},
-      // Open, locked or read-only: the backup stays.
-      {"deleteFile", 1, K::kPermissionDenied, true, kDeleteBackup, kBefore, kPrevious},
-      {"linkFile", 1, K::kPermissionDenied, true, kMoveDocument, kBefore, kNone},
-      {"replaceFile", 1, K::kPermissionDenied, true, kPlaceOutput, kBefore, kBefore},
-      {"renameFile", 1, K::kPermissionDenied, false, kMoveDocument, kBefore, kNone},
-      {"renameFile", 2, K::kPermissionDenied, false, kPlaceOutput, kNone, kBefore},
-  };
-  for (const auto& [call, occurrence, kind, hardLinks, message, document, backup] : cases) {
-    SCOPED_TRACE(std::string(call) + " " + std::to_string(occurrence));
-    FakePlatform platform = prepared(hardLinks);
-    platform.failNamedCall(call, kind, occurrence);
-    EXPECT_EQ(write(platform, {}, 1), (Outcome{message, -1}));
-    EXPECT_EQ(onDisk(platform), std::pair(document, backup));
-  }
-}
-
 TEST(RewriteFailure, MissingCloseMarkerLeavesTheDocument) {
   FakePlatform platform = prepared();
   platform.files["/doc.htm"] = "<%a%>\r\n<%old\r\ntail";
@@ -78,10 +55,12 @@ TEST(RewriteFailure, TemporaryNameTaken) {
   EXPECT_EQ(onDisk(platform), std::pair(kBefore, kPrevious));
 }
 
-// Counts the calls of a rewrite, then fails each in turn: the message is one
-// of the rewrite's, with the disk as its row says, or the rewrite succeeded
-// where the failing call came after the document was in place. The same run
-// takes the image a power cut at the start of that call would leave.
+// Counts the calls of a rewrite, then fails each in turn, with either kind of
+// failure: the message is one of the rewrite's (the failure's own where no
+// step of the rewrite names it), with the disk as its row says, or the
+// rewrite succeeded where the failing call came after the document was in
+// place. The same run takes the image a power cut at the start of that call
+// would leave.
 TEST(RewriteFailure, EveryPlatformCallFailing) {
   for (bool hardLinks : {true, false}) {
     SCOPED_TRACE(hardLinks ? "HardLinks" : "TwoRenames");
@@ -89,6 +68,8 @@ TEST(RewriteFailure, EveryPlatformCallFailing) {
         {kOpenDocument, {kBefore, kPrevious}},
         {kOpenOutput, {kBefore, kPrevious}},
         {"ERROR: Disk full.", {kBefore, kPrevious}},
+        {"ERROR: Permission denied.", {kBefore, kPrevious}},
+        // Open, locked or read-only: the backup stays.
         {kDeleteBackup, {kBefore, kPrevious}},
         {kMoveDocument, {kBefore, kNone}},
         {kPlaceOutput, {hardLinks ? kBefore : kNone, kBefore}},
@@ -97,11 +78,13 @@ TEST(RewriteFailure, EveryPlatformCallFailing) {
     FakePlatform counting = prepared(hardLinks);
     ASSERT_EQ(write(counting, {}, 1).matches, 1);
     std::map<std::string, int> seen;
-    for (std::size_t n = 1; n <= counting.calls.size(); ++n) {
-      SCOPED_TRACE("failing call " + std::to_string(n) + ", " + counting.calls[n - 1]);
+    for (std::size_t n = 1; n <= 2 * counting.calls.size(); ++n) {
+      const std::size_t call = (n + 1) / 2;
+      SCOPED_TRACE("failing call " + std::to_string(call) + ", " + counting.calls[call - 1]);
       FakePlatform platform = prepared(hardLinks);
-      platform.failCall(static_cast<int>(n), Failure::Kind::kDiskFull);
-      platform.crashAtCall = static_cast<int>(n);
+      platform.failCall(static_cast<int>(call),
+                        n % 2 ? Failure::Kind::kDiskFull : Failure::Kind::kPermissionDenied);
+      platform.crashAtCall = static_cast<int>(call);
       Outcome got = write(platform, {}, 1);
       // A power cut as this call begins leaves the former or the new document
       // whole under its name, or the former one as the backup.

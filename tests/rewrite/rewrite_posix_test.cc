@@ -1,16 +1,12 @@
 // Rewrites on the real file system: permission bits, a document behind a
 // symbolic link, a rewriting process killed at random moments, and
 // processes that rewrite one document at the same time.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
-#include <random>
 #include <thread>
 
 #include "files/rename_file.h"
@@ -78,21 +74,6 @@ TEST(RewritePosix, RenameNeverReplaces) {
   EXPECT_EQ(folder.read("a.bak"), "b");
 }
 
-// Runs `tagwright write` on the document and returns its pid.
-pid_t startRewrite(const std::string& document) {
-  pid_t pid = ::fork();
-  if (pid == 0) {
-    int devNull = ::open("/dev/null", O_WRONLY);
-    ::dup2(devNull, 1);
-    ::dup2(devNull, 2);
-    ::execl(TAGWRIGHT_BINARY, TAGWRIGHT_BINARY, "write", document.c_str(), "--element-name",
-            "#aspcode", "--count-instances", "0", "--new-content", "new text",
-            static_cast<char*>(nullptr));
-    ::_exit(127);
-  }
-  return pid;
-}
-
 // Killed at any moment, a rewrite leaves the whole former document or the
 // whole new one under the document's name, or the former one as the backup.
 TEST(RewritePosix, KilledMidRewrite) {
@@ -104,36 +85,27 @@ TEST(RewritePosix, KilledMidRewrite) {
     after += "line " + std::to_string(line) + " <%new text%> " + filler + "\r\n";
   }
   TempFolder folder;
-  folder.write("page.htm", before);
-  auto started = std::chrono::steady_clock::now();
-  int status = 0;
-  ::waitpid(startRewrite(folder.physical("page.htm")), &status, 0);
-  auto micros = std::chrono::duration_cast<std::chrono::microseconds>(
-                    std::chrono::steady_clock::now() - started)
-                    .count();
-  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  ASSERT_EQ(folder.read("page.htm"), after);
-
-  std::mt19937 random(std::random_device{}());
-  std::uniform_int_distribution<long> delay(0, micros + micros / 10);
-  for (int kill = 0; kill < 20; ++kill) {
-    for (const std::string& name : folder.names()) ::unlink(folder.host(name).c_str());
-    folder.write("page.htm", before);
-    long wait = delay(random);
-    SCOPED_TRACE("killed after " + std::to_string(wait) + " us");
-    pid_t pid = startRewrite(folder.physical("page.htm"));
-    std::this_thread::sleep_for(std::chrono::microseconds(wait));
-    ::kill(pid, SIGKILL);
-    ::waitpid(pid, &status, 0);
-    std::optional<std::string> underName = folder.read("page.htm"),
-                               backup = folder.read("page.bak");
-    if (underName) {
-      EXPECT_TRUE(*underName == before || *underName == after) << underName->size() << " bytes";
-    }
-    if (!underName || *underName == after) {
-      EXPECT_EQ(backup, before);
-    }
-  }
+  killAtRandomInstants(
+      {"write", folder.physical("page.htm"), "--element-name", "#aspcode", "--count-instances", "0",
+       "--new-content", "new text"},
+      folder.host(), 20,
+      [&] {
+        for (const std::string& name : folder.names()) ::unlink(folder.host(name).c_str());
+        folder.write("page.htm", before);
+      },
+      [&](bool killed) {
+        std::optional<std::string> underName = folder.read("page.htm"),
+                                   backup = folder.read("page.bak");
+        if (!killed) {
+          ASSERT_EQ(underName, after);
+        }
+        if (underName) {
+          EXPECT_TRUE(*underName == before || *underName == after) << underName->size() << " bytes";
+        }
+        if (!underName || *underName == after) {
+          EXPECT_EQ(backup, before);
+        }
+      });
 }
 
 // Writers that take turns hand the document on like a baton: each rewrite

@@ -1,6 +1,6 @@
 // The meta tag reader: the one tag form it knows, the name test, its
 // counters across chunks, the pair and the last cut, 16-bit positions and
-// its failure texts, through readMetaContent and `tagwright meta`.
+// its failure texts.
 #include <gtest/gtest.h>
 
 #include "support/requests.h"
@@ -18,32 +18,19 @@ TEST(ReadMetaContent, Example) {
       "Editors\">\r\n"
       "<meta name=\"description\" content=\"A page\">\r\n<meta content=\"x\" name=\"y\">\r\n"
       "<meta name=\"page-author\" content=\"Staff\">\r\n";
-  using Args = std::vector<std::string>;
-  const std::tuple<Meta, Args, std::string, int> cases[] = {
-      {Meta{}, Args{},
-       "Robots$eq$none;author$eq$The Editors;description$eq$A page;page-author$eq$Staff", 4},
-      {Meta{.name = "author"}, Args{"--meta-name", "author"},
-       "author$eq$The Editors;page-author$eq$Staff", 2},
-      {Meta{.name = "author", .start = 2}, Args{"--meta-name=author", "--start-instance", "2"},
-       "page-author$eq$Staff", 1},
-      {Meta{.start = 2, .count = 1}, Args{"--start-instance", "2", "--count-instances", "1"},
-       "author$eq$The Editors", 1},
+  const std::tuple<Meta, std::string, int> cases[] = {
+      {Meta{}, "Robots$eq$none;author$eq$The Editors;description$eq$A page;page-author$eq$Staff",
+       4},
+      {Meta{.name = "author"}, "author$eq$The Editors;page-author$eq$Staff", 2},
+      {Meta{.name = "author", .start = 2}, "page-author$eq$Staff", 1},
+      {Meta{.start = 2, .count = 1}, "author$eq$The Editors", 1},
   };
-  for (const auto& [meta, options, text, matches] : cases) {
+  for (const auto& [meta, text, matches] : cases) {
     SCOPED_TRACE(text);
     // At a chunk length of 1 every line is a chunk: the counters run across chunks.
     for (std::int32_t bufferLength : {2048, 1}) {
       EXPECT_EQ(readDocument(example, meta, bufferLength), (Outcome{text, matches}));
     }
-    Args arguments = {"meta", "C:\\doc.htm", "--separator", ";", "--json"};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    FakePlatform platform;
-    platform.files["/doc.htm"] = example;
-    EXPECT_EQ(
-        runTagwright(arguments, &platform),
-        (HostRun{0,
-                 "{\"result\":\"" + text + "\",\"matchesFound\":" + std::to_string(matches) + "}\n",
-                 ""}));
   }
 }
 
@@ -51,14 +38,7 @@ TEST(ReadMetaContent, Table) {
   const std::string x(33000, 'x'), overflow = "ERROR: Overflow.";
   const std::string two = "<meta name=\"a\" content=\"1\">\r\n<meta name=\"b\" content=\"2\">";
   const std::string adjacent = "<meta name=\"a\" content=\"1\"><meta name=\"b\" content=\"2\">";
-  const struct {
-    const char* name;
-    std::string document;
-    Meta meta;
-    std::string text;
-    int matches;
-    std::int32_t bufferLength = 2048;
-  } cases[] = {
+  expectReads<Meta>({
       {"LangBetween", "<meta name=\"author\" lang=\"en\" content=\"x\">", Meta{.name = "author"},
        "", 0},
       {"SingleQuotes", "<meta name='author' content='x'>", Meta{}, "", 0},
@@ -87,11 +67,7 @@ TEST(ReadMetaContent, Table) {
       {"LongLineBehindTag", "<meta name=\"a\" content=\"b\">" + x, Meta{}, "a$eq$b", 1},
       {"StartZero", two, Meta{.start = 0},
        "ERROR: The start element instance number must be greater than zero.", -1},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(readDocument(c.document, c.meta, c.bufferLength), (Outcome{c.text, c.matches}));
-  }
+  });
 }
 
 }  // namespace

@@ -10,9 +10,13 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
+#include <functional>
 #include <optional>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/requests.h"
@@ -127,6 +131,49 @@ inline HostRun runProgram(const std::vector<std::string>& arguments,
   }
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return run;
+}
+
+// Runs the program in `workingFolder`, its output thrown away, to its end
+// once and then `kills` times more, each killed at a random instant within
+// the first run's time and a tenth; `prepare()` lays out the files before
+// each run and `check(killed)` looks at them after.
+inline void killAtRandomInstants(const std::vector<std::string>& arguments,
+                                 const std::string& workingFolder, int kills,
+                                 const std::function<void()>& prepare,
+                                 const std::function<void(bool)>& check) {
+  std::vector<char*> argv{const_cast<char*>(TAGWRIGHT_BINARY)};
+  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.data()));
+  argv.push_back(nullptr);
+  std::mt19937 random(std::random_device{}());
+  long micros = 0;
+  for (int round = 0; round <= kills; ++round) {
+    prepare();
+    const auto started = std::chrono::steady_clock::now();
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+      int devNull = ::open("/dev/null", O_WRONLY);
+      ::dup2(devNull, 1);
+      ::dup2(devNull, 2);
+      if (::chdir(workingFolder.c_str()) != 0) ::_exit(126);
+      ::execv(argv[0], argv.data());
+      ::_exit(127);
+    }
+    const long wait = std::uniform_int_distribution<long>(0, micros + micros / 10)(random);
+    SCOPED_TRACE(round == 0 ? "run to its end" : "killed after " + std::to_string(wait) + " us");
+    if (round > 0) {
+      std::this_thread::sleep_for(std::chrono::microseconds(wait));
+      ::kill(pid, SIGKILL);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    if (round == 0) {
+      micros = std::chrono::duration_cast<std::chrono::microseconds>(
+                   std::chrono::steady_clock::now() - started)
+                   .count();
+      ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
+    check(round > 0);
+  }
 }
 
 }  // namespace tagwright

@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host.h"
@@ -73,11 +75,13 @@ inline std::string underSite(const std::string& path) {
 }
 
 // Runs the request on a new instance of `platform`, with the page context if
-// one is given; a `bufferLength` above zero replaces the chunk length.
+// one is given; a `bufferLength` above zero replaces the chunk length, and
+// `characters` keeps the read to the characters of every chunk.
 inline Outcome read(Platform& platform, const Request& r, std::int32_t bufferLength = 2048,
-                    std::shared_ptr<ScriptingContext> context = nullptr) {
+                    std::shared_ptr<ScriptingContext> context = nullptr, bool characters = false) {
   Tagwright instance(platform);
   if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
+  if (characters) TagwrightTestAccess::keepToCharacters(instance);
   if (context) instance.OnStartPage(context);
   instance.setLineEnds(r.lineEnds);
   Outcome o;
@@ -129,6 +133,26 @@ Outcome readDocument(const std::string& bytes, const AnyRequest& r,
   return o;
 }
 
+// A row of a table of reads: a document, a request on it, and what it reads.
+template <class AnyRequest>
+struct ReadRow {
+  const char* name;
+  std::string document;
+  AnyRequest request;
+  std::string text;
+  int matches;
+  std::int32_t bufferLength = 2048;
+};
+
+template <class AnyRequest>
+void expectReads(const std::vector<ReadRow<AnyRequest>>& rows) {
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(readDocument(row.document, row.request, row.bufferLength),
+              (Outcome{row.text, row.matches}));
+  }
+}
+
 struct HostRun {
   int status;
   std::string out;
@@ -138,6 +162,17 @@ struct HostRun {
     return out << r.status << " [" << r.out << "] [" << r.err << ']';
   }
 };
+
+// The words of a command line as typed, split at each blank: for rows whose
+// arguments hold none.
+inline std::vector<std::string> words(std::string_view line) {
+  std::vector<std::string> out;
+  for (std::size_t start = 0, end; start <= line.size(); start = end + 1) {
+    end = std::min(line.find(' ', start), line.size());
+    if (end > start) out.emplace_back(line.substr(start, end - start));
+  }
+  return out;
+}
 
 // Runs a `tagwright` command line in-process, on `platform` or the system's.
 inline HostRun runTagwright(const std::vector<std::string>& arguments, Platform* platform = nullptr,

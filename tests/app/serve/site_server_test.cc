@@ -192,50 +192,31 @@ TEST(SiteServer, PublicReadStillGuardsWrites) {
 // site; none may answer with a byte of it, and none may change it.
 TEST(SiteServer, EveryEscapeIsRefused) {
   ServedSite site;
-  const std::string read = "/_tagwright/api/read?element-name=p&doc=";
-  const std::string meta = "/_tagwright/api/meta?doc=";
-  const std::string list = "/_tagwright/api/list?folder=";
   const char* writeDocs[] = {"/../out/secret.htm",    "/link.htm",
                              "/linkdir/secret.htm",   "C:\\out\\secret.htm",
                              "\\..\\out\\secret.htm", "/sub/../../out/secret.htm"};
-  const std::string targets[] = {
-      read + "/../out/secret.htm",
-      read + "../out/secret.htm",
-      read + "/sub/../../out/secret.htm",
-      read + "/%2e%2e/out/secret.htm",
-      read + "%2e%2e%2fout%2fsecret.htm",
-      read + "/..%5cout%5csecret.htm",
-      read + "\\..\\out\\secret.htm",
-      read + "C:\\etc\\passwd",
-      read + "c:/etc/passwd",
-      read + "/etc/passwd:",
-      read + "/link.htm",
-      read + "/linkdir/secret.htm",
-      read + "/linkdir/../linkdir/secret.htm",
-      read + "/page.htm%00/../../out/secret.htm",
-      read + "//../out/secret.htm",
-      meta + "/link.htm",
-      meta + "/../out/secret.htm",
-      meta + "\\\\host\\share\\secret.htm",
-      list + "/..",
-      list + "/linkdir",
-      list + "/linkdir/",
-      list + "C:\\",
-      list + "/images&pattern=../../out/*",
-      list + "/&pattern=linkdir/*",
-      list + "/&pattern=..%5c*",
-      list + "/&pattern=*%00",
-      "/../out/secret.htm",
-      "/%2e%2e/out/secret.htm",
-      "/%2E%2E%2Fout%2Fsecret.htm",
-      "/..%5cout%5csecret.htm",
-      "/link.htm",
-      "/linkdir/secret.htm",
-      "/linkdir/",
-      "/sub/..%2f..%2fout/secret.htm",
-      "/C:/etc/passwd",
-      "/page.htm%00.png",
+  // Each query by the endpoint that takes it, and static targets by "".
+  const std::pair<std::string, std::vector<std::string>> queries[] = {
+      {"/_tagwright/api/read?element-name=p&doc=",
+       {"/../out/secret.htm", "../out/secret.htm", "/sub/../../out/secret.htm",
+        "/%2e%2e/out/secret.htm", "%2e%2e%2fout%2fsecret.htm", "/..%5cout%5csecret.htm",
+        "\\..\\out\\secret.htm", "C:\\etc\\passwd", "c:/etc/passwd", "/etc/passwd:", "/link.htm",
+        "/linkdir/secret.htm", "/linkdir/../linkdir/secret.htm",
+        "/page.htm%00/../../out/secret.htm", "//../out/secret.htm"}},
+      {"/_tagwright/api/meta?doc=",
+       {"/link.htm", "/../out/secret.htm", "\\\\host\\share\\secret.htm"}},
+      {"/_tagwright/api/list?folder=",
+       {"/..", "/linkdir", "/linkdir/", "C:\\", "/images&pattern=../../out/*",
+        "/&pattern=linkdir/*", "/&pattern=..%5c*", "/&pattern=*%00"}},
+      {"",
+       {"/../out/secret.htm", "/%2e%2e/out/secret.htm", "/%2E%2E%2Fout%2Fsecret.htm",
+        "/..%5cout%5csecret.htm", "/link.htm", "/linkdir/secret.htm", "/linkdir/",
+        "/sub/..%2f..%2fout/secret.htm", "/C:/etc/passwd", "/page.htm%00.png"}},
   };
+  std::vector<std::string> targets;
+  for (const auto& [endpoint, paths] : queries) {
+    for (const std::string& path : paths) targets.push_back(endpoint + path);
+  }
   for (const std::string& target : targets) {
     SCOPED_TRACE(target);
     Answer answer = site.call("GET", target);
