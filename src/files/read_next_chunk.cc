@@ -57,7 +57,9 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
   chunk.bytes.clear();
   chunk.characters = 0;
   chunk.addedLineEnds.clear();
-  std::vector<std::size_t>* added = lineEnds == LineEnds::kAny ? &chunk.addedLineEnds : nullptr;
+  chunk.keptAddedLineEnds.clear();
+  std::vector<std::size_t>& added =
+      lineEnds == LineEnds::kAny ? chunk.addedLineEnds : chunk.keptAddedLineEnds;
   try {
     const std::size_t threshold = bufferLength > 0 ? static_cast<std::size_t>(bufferLength) : 0;
     CharacterCount count(chunk.bytes);
@@ -66,12 +68,12 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
     while (count.below(threshold) && !platform.endOfFile(fileNumber)) {
       const std::size_t oneLine = chunk.bytes.size() + 1;
       platform.readLines(fileNumber, chunk.bytes, std::max(oneLine, count.safeLength(threshold)),
-                         added);
+                         lineEnds, added);
     }
     if (!platform.endOfFile(fileNumber)) {
       for (int extension = 0; extension <= 4; ++extension) {
         if (endsInTagEnd(chunk.bytes) || platform.endOfFile(fileNumber)) break;
-        platform.readLines(fileNumber, chunk.bytes, chunk.bytes.size() + 1, added);
+        platform.readLines(fileNumber, chunk.bytes, chunk.bytes.size() + 1, lineEnds, added);
       }
     }
     chunk.characters = count.total();
@@ -79,6 +81,7 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
     chunk.bytes.clear();
     chunk.characters = 0;
     chunk.addedLineEnds.clear();
+    chunk.keptAddedLineEnds.clear();
     if (readFailure != nullptr) *readFailure = failure;
   }
 }

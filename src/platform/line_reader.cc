@@ -41,9 +41,9 @@ bool LineReader::fill() {
 
 bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 
-void LineReader::readLine(std::string& out) {
+LineReader::LineEnd LineReader::readLine(std::string& out) {
   for (;;) {
-    if (begin_ == end_ && !fill()) return;
+    if (begin_ == end_ && !fill()) return LineEnd::kNone;
     const char* start = buffer_.data() + begin_;
     const void* cr = std::memchr(start, '\r', end_ - begin_);
     if (cr == nullptr) {
@@ -57,8 +57,9 @@ void LineReader::readLine(std::string& out) {
     begin_ += length + 1;
     // The LF of a CR LF may lie in the next block.
     if (begin_ == end_) fill();
-    if (begin_ < end_ && buffer_[begin_] == '\n') ++begin_;
-    return;
+    if (begin_ >= end_ || buffer_[begin_] != '\n') return LineEnd::kCr;
+    ++begin_;
+    return LineEnd::kCrLf;
   }
 }
 
@@ -204,11 +205,11 @@ done:
   return lines;
 }
 
-void LineReader::readLines(std::string& out, std::size_t untilSize,
-                           std::vector<std::size_t>* addedLineEnds) {
-  if (addedLineEnds != nullptr) {
+void LineReader::readLines(std::string& out, std::size_t untilSize, LineEnds lineEnds,
+                           std::vector<std::size_t>& addedLineEnds) {
+  if (lineEnds == LineEnds::kAny) {
     while (out.size() < untilSize && !endOfFile()) {
-      if (appendLfLines(out, untilSize, *addedLineEnds) == 0) readLineAnyEnd(out, *addedLineEnds);
+      if (appendLfLines(out, untilSize, addedLineEnds) == 0) readLineAnyEnd(out, addedLineEnds);
     }
     return;
   }
@@ -218,7 +219,9 @@ void LineReader::readLines(std::string& out, std::size_t untilSize,
       begin_ += run;
       continue;
     }
-    readLine(out);
+    const LineEnd end = readLine(out);
+    if (end == LineEnd::kNone) addedLineEnds.push_back(out.size());
+    if (end != LineEnd::kCrLf) addedLineEnds.push_back(out.size() + 1);
     out.append("\r\n");
   }
 }
