@@ -1,5 +1,6 @@
 #include "platform/line_reader.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -164,7 +165,9 @@ std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
   // past the room made here is left to readLineAnyEnd.
   const char* const stop = buffer_.data() + nextCr_;
   const std::size_t base = out.size();
-  const std::size_t room = (untilSize > base ? untilSize - base : 0) + kLineRoom;
+  // No more than the bytes before the next CR can become, each at most two.
+  const std::size_t wanted = untilSize > base ? untilSize - base : 0;
+  const std::size_t room = std::min(wanted, 2 * (nextCr_ - begin_)) + kLineRoom;
   out.resize(base + room + kOutputSlack);
   char* const outStart = out.data();
   char* const roomEnd = outStart + base + room;
