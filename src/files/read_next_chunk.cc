@@ -57,7 +57,9 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
   chunk.bytes.clear();
   chunk.characters = 0;
   chunk.addedLineEnds.clear();
-  std::vector<std::size_t>* added = lineEnds == LineEnds::kAny ? &chunk.addedLineEnds : nullptr;
+  chunk.keptAddedLineEnds.clear();
+  std::vector<std::size_t>& added =
+      lineEnds == LineEnds::kAny ? chunk.addedLineEnds : chunk.keptAddedLineEnds;
   try {
     const std::size_t threshold = bufferLength > 0 ? static_cast<std::size_t>(bufferLength) : 0;
     CharacterCount count(chunk.bytes);
@@ -66,12 +68,12 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
     while (count.below(threshold) && !platform.endOfFile(fileNumber)) {
       const std::size_t oneLine = chunk.bytes.size() + 1;
       platform.readLines(fileNumber, chunk.bytes, std::max(oneLine, count.safeLength(threshold)),
-                         added);
+                         lineEnds, added);
     }
     if (!platform.endOfFile(fileNumber)) {
       for (int extension = 0; extension <= 4; ++extension) {
         if (endsInTagEnd(chunk.bytes) || platform.endOfFile(fileNumber)) break;
-        platform.readLines(fileNumber, chunk.bytes, chunk.bytes.size() + 1, added);
+        platform.readLines(fileNumber, chunk.bytes, chunk.bytes.size() + 1, lineEnds, added);
       }
     }
     chunk.characters = count.total();
@@ -79,6 +81,7 @@ void readNextChunk(Platform& platform, Int16 fileNumber, std::int32_t bufferLeng
     chunk.bytes.clear();
     chunk.characters = 0;
     chunk.addedLineEnds.clear();
+    chunk.keptAddedLineEnds.clear();
     if (readFailure != nullptr) *readFailure = failure;
   }
 }
@@ -93,21 +96,45 @@ std::vector<std::size_t>::const_iterator firstAddedFrom(const Chunk& chunk, std:
   return std::lower_bound(chunk.addedLineEnds.begin(), chunk.addedLineEnds.end(), from);
 }
 
+// Pieces between added bytes are copied kPieceBlock bytes at a time, which
+// may run past the piece: the next piece, or the room left behind the
+// output, takes what runs over. A chunk of short lines has a piece every few
+// bytes, each too short for a call to memcpy to pay.
+constexpr std::size_t kPieceBlock = 64;
+
+// Copies [from, to) to `target`, and maybe bytes behind it up to a block;
+// reads at most up to `readable`.
+inline void copyPiece(char* target, const char* from, const char* to, const char* readable) {
+  if (readable - to < static_cast<std::ptrdiff_t>(kPieceBlock)) {
+    std::memcpy(target, from, static_cast<std::size_t>(to - from));
+    return;
+  }
+  do {
+    std::memcpy(target, from, kPieceBlock);
+    target += kPieceBlock;
+    from += kPieceBlock;
+  } while (from < to);
+}
+
 }  // namespace
 
 void appendDocumentBytes(const Chunk& chunk, std::size_t from, std::size_t to, std::string& out) {
   const auto first = firstAddedFrom(chunk, from);
   const auto last = std::lower_bound(first, chunk.addedLineEnds.end(), to);
-  // Room made once: a chunk of short lines has an added byte every few bytes.
-  std::size_t at = out.size();
-  out.resize(at + (to - from) - static_cast<std::size_t>(last - first));
-  const char* bytes = chunk.bytes.data();
+  // Room made once, with a block behind it for the last piece to run into.
+  const std::size_t at = out.size();
+  const std::size_t length = (to - from) - static_cast<std::size_t>(last - first);
+  out.resize(at + length + kPieceBlock);
+  char* target = out.data() + at;
+  const char* const bytes = chunk.bytes.data();
+  const char* const readable = bytes + chunk.bytes.size();
   for (auto added = first; added != last; ++added) {
-    std::memcpy(out.data() + at, bytes + from, *added - from);
-    at += *added - from;
+    copyPiece(target, bytes + from, bytes + *added, readable);
+    target += *added - from;
     from = *added + 1;
   }
-  std::memcpy(out.data() + at, bytes + from, to - from);
+  copyPiece(target, bytes + from, bytes + to, readable);
+  out.resize(at + length);
 }
 
 void appendChunkCharacters(const Chunk& chunk, std::size_t from, std::size_t to, Text& out) {

@@ -25,12 +25,23 @@ namespace tagwright {
 // without a line end both). Every search runs on `bytes`; what is cut for a
 // result or a rewrite leaves these bytes out, so that it holds the
 // document's own line ends. It is empty in the default mode.
+//
+// In the default mode results keep the chunk's CR LF, yet the document
+// holds a lone CR where the chunk holds CR LF, and no line end behind a
+// last line without one: `keptAddedLineEnds` holds the offsets of those
+// added bytes, so that a position in the chunk can be told in the document.
+// It is empty with LineEnds::kAny.
 struct Chunk {
   std::string bytes;
   std::size_t characters = 0;
   std::vector<std::size_t> addedLineEnds;
+  std::vector<std::size_t> keptAddedLineEnds;
 
   bool empty() const { return bytes.empty(); }
+  // The offsets of the bytes the document does not hold, in either mode.
+  const std::vector<std::size_t>& bytesNotInDocument() const {
+    return addedLineEnds.empty() ? keptAddedLineEnds : addedLineEnds;
+  }
 };
 
 // Appends bytes[from, to) of `chunk` as the document holds them: without

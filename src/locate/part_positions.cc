@@ -30,13 +30,13 @@ void PartPositions::advanceTo(std::size_t offset) {
 
 void PartPositions::leaveChunk() {
   advanceTo(chunk_.bytes.size());
-  chunkStartByte_ += chunk_.bytes.size() - chunk_.addedLineEnds.size();
+  chunkStartByte_ += chunk_.bytes.size() - chunk_.bytesNotInDocument().size();
   cursor_ = 0;
 }
 
 TextPosition PartPositions::at(std::size_t offset) {
   advanceTo(offset);
-  const auto& added = chunk_.addedLineEnds;
+  const auto& added = chunk_.bytesNotInDocument();
   const auto addedBefore = static_cast<std::size_t>(
       std::lower_bound(added.begin(), added.end(), offset) - added.begin());
   return {chunkStartByte_ + offset - addedBefore, line_, column_};

@@ -1,29 +1,50 @@
 #include "platform/line_reader.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 #include "platform/vector_clones.h"
 
 namespace tagwright {
+namespace {
+
+// Lone LFs are widened kBlock bytes at a time, and every piece of a block
+// is copied as kBlock bytes whatever its length: a copy may start anywhere
+// in a block, so the buffer holds two blocks behind the last byte it reads
+// into, and the output grows by three blocks at most past the room made.
+constexpr std::size_t kBlock = 64;
+constexpr std::size_t kBufferSlack = 2 * kBlock;
+constexpr std::size_t kOutputSlack = 3 * kBlock;
+// The length a line may run past the size asked for and still be widened in
+// bulk; a longer one goes through readLineAnyEnd.
+constexpr std::size_t kLineRoom = 256;
+
+}  // namespace
 
 LineReader::LineReader(ByteSource& source, std::size_t bufferSize)
-    : source_(source), buffer_(bufferSize, '\0') {}
+    : source_(source), buffer_(bufferSize + kBufferSlack, '\0') {}
 
 bool LineReader::fill() {
   if (exhausted_) return false;
   begin_ = 0;
   nextCr_ = kUnknown;
-  end_ = source_.read(buffer_.data(), buffer_.size());
+  end_ = source_.read(buffer_.data(), buffer_.size() - kBufferSlack);
   if (end_ == 0) exhausted_ = true;
   return end_ > 0;
 }
 
 bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 
-void LineReader::readLine(std::string& out) {
+LineReader::LineEnd LineReader::readLine(std::string& out) {
   for (;;) {
-    if (begin_ == end_ && !fill()) return;
+    if (begin_ == end_ && !fill()) return LineEnd::kNone;
     const char* start = buffer_.data() + begin_;
     const void* cr = std::memchr(start, '\r', end_ - begin_);
     if (cr == nullptr) {
@@ -37,12 +58,31 @@ void LineReader::readLine(std::string& out) {
     begin_ += length + 1;
     // The LF of a CR LF may lie in the next block.
     if (begin_ == end_) fill();
-    if (begin_ < end_ && buffer_[begin_] == '\n') ++begin_;
-    return;
+    if (begin_ >= end_ || buffer_[begin_] != '\n') return LineEnd::kCr;
+    ++begin_;
+    return LineEnd::kCrLf;
   }
 }
 
 namespace {
+
+// Bit i set where bytes[i] is LF, for the kBlock bytes at `bytes`.
+inline std::uint64_t lfMask(const char* bytes) {
+#ifdef __SSE2__
+  const __m128i lf = _mm_set1_epi8('\n');
+  std::uint64_t mask = 0;
+  for (std::size_t i = 0; i < kBlock; i += 16) {
+    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+    mask |= std::uint64_t{static_cast<std::uint16_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(part, lf)))}
+            << i;
+  }
+  return mask;
+#else
+  std::uint64_t mask = 0;
+  for (std::size_t i = 0; i < kBlock; ++i) mask |= std::uint64_t{bytes[i] == '\n'} << i;
+  return mask;
+#endif
+}
 
 // True when a CR in the first `n` bytes is not followed by LF; the byte
 // behind the last of them must be readable.
@@ -119,45 +159,60 @@ void LineReader::readLineAnyEnd(std::string& out, std::vector<std::size_t>& adde
 std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
                                       std::vector<std::size_t>& addedLineEnds) {
   if (nextCr_ == kUnknown || nextCr_ < begin_) return 0;
-  // Whole lines that end in a lone LF before the next CR: first their LFs,
-  // whose CR-to-be offsets go into addedLineEnds, then one copy each into
-  // room made once, rather than a call and two appends per line.
-  const char* const start = buffer_.data() + begin_;
+  // Whole lines that end in a lone LF before the next CR, widened a block at
+  // a time: the LFs of a block are found at once, and the pieces between them
+  // are copied with a CR put in front of each LF. A line whose copy would run
+  // past the room made here is left to readLineAnyEnd.
   const char* const stop = buffer_.data() + nextCr_;
   const std::size_t base = out.size();
-  const std::size_t firstAdded = addedLineEnds.size();
-  std::size_t size = base;
-  const char* from = start;
-  while (size < untilSize) {
-    const void* lf = std::memchr(from, '\n', static_cast<std::size_t>(stop - from));
-    if (lf == nullptr) break;
-    const auto length = static_cast<std::size_t>(static_cast<const char*>(lf) - from);
-    addedLineEnds.push_back(size + length);
-    size += length + 2;
-    from = static_cast<const char*>(lf) + 1;
+  // No more than the bytes before the next CR can become, each at most two.
+  const std::size_t wanted = untilSize > base ? untilSize - base : 0;
+  const std::size_t room = std::min(wanted, 2 * (nextCr_ - begin_)) + kLineRoom;
+  out.resize(base + room + kOutputSlack);
+  char* const outStart = out.data();
+  char* const roomEnd = outStart + base + room;
+  const char* block = buffer_.data() + begin_;
+  char* to = outStart + base;
+  const char* lineSource = block;  // where the line being copied begins
+  char* lineTarget = to;
+  std::size_t lines = 0;
+  while (to < roomEnd) {
+    const auto left = static_cast<std::size_t>(stop - block);
+    if (left == 0) break;
+    std::uint64_t lfs = lfMask(block);
+    if (left < kBlock) lfs &= (std::uint64_t{1} << left) - 1;
+    std::size_t piece = 0;  // where in the block the next piece begins
+    while (lfs != 0) {
+      const auto lf = static_cast<std::size_t>(std::countr_zero(lfs));
+      std::memcpy(to, block + piece, kBlock);
+      to += lf - piece;
+      addedLineEnds.push_back(static_cast<std::size_t>(to - outStart));
+      to[0] = '\r';
+      to[1] = '\n';
+      to += 2;
+      piece = lf + 1;
+      lfs &= lfs - 1;
+      lineSource = block + piece;
+      lineTarget = to;
+      ++lines;
+      if (static_cast<std::size_t>(lineTarget - outStart) >= untilSize) goto done;
+    }
+    if (left <= kBlock) break;  // the last line runs on past the next CR
+    std::memcpy(to, block + piece, kBlock);
+    to += kBlock - piece;
+    block += kBlock;
   }
-  const std::size_t lines = addedLineEnds.size() - firstAdded;
-  if (lines == 0) return 0;
-  out.resize(size);
-  char* target = out.data() + base;
-  const char* source = start;
-  for (std::size_t i = firstAdded; i < addedLineEnds.size(); ++i) {
-    const std::size_t length = addedLineEnds[i] - static_cast<std::size_t>(target - out.data());
-    std::memcpy(target, source, length);
-    target[length] = '\r';
-    target[length + 1] = '\n';
-    target += length + 2;
-    source += length + 1;
-  }
-  begin_ = static_cast<std::size_t>(from - buffer_.data());
+done:
+  out.resize(static_cast<std::size_t>(lineTarget - outStart));
+  begin_ = static_cast<std::size_t>(lineSource - buffer_.data());
   return lines;
 }
 
-void LineReader::readLines(std::string& out, std::size_t untilSize,
-                           std::vector<std::size_t>* addedLineEnds) {
-  if (addedLineEnds != nullptr) {
+void LineReader::readLines(std::string& out, std::size_t untilSize, LineEnds lineEnds,
+                           std::vector<std::size_t>& addedLineEnds) {
+  if (lineEnds == LineEnds::kAny) {
     while (out.size() < untilSize && !endOfFile()) {
-      if (appendLfLines(out, untilSize, *addedLineEnds) == 0) readLineAnyEnd(out, *addedLineEnds);
+      if (appendLfLines(out, untilSize, addedLineEnds) == 0) readLineAnyEnd(out, addedLineEnds);
     }
     return;
   }
@@ -167,7 +222,9 @@ void LineReader::readLines(std::string& out, std::size_t untilSize,
       begin_ += run;
       continue;
     }
-    readLine(out);
+    const LineEnd end = readLine(out);
+    if (end == LineEnd::kNone) addedLineEnds.push_back(out.size());
+    if (end != LineEnd::kCrLf) addedLineEnds.push_back(out.size() + 1);
     out.append("\r\n");
   }
 }

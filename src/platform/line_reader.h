@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tagwright/plain_types.h"
+
 namespace tagwright {
 
 // Where a LineReader gets its bytes from.
@@ -23,17 +25,22 @@ class LineReader {
  public:
   explicit LineReader(ByteSource& source, std::size_t bufferSize = 512 * 1024);
 
-  // Appends the bytes of the next line to `out`. REQUIRES: !endOfFile().
-  void readLine(std::string& out);
+  // How the file ends a line: the end of the file ends the last one when it
+  // has no line end.
+  enum class LineEnd { kCrLf, kCr, kNone };
+  // Appends the bytes of the next line to `out`, and returns how the file
+  // ends it. REQUIRES: !endOfFile().
+  LineEnd readLine(std::string& out);
   // Appends lines, each followed by CR LF, until `out` holds at least
-  // `untilSize` bytes or no byte is left.
+  // `untilSize` bytes or no byte is left. With LineEnds::kAny a lone LF
+  // ends a line too.
   //
-  // With `addedLineEnds`, a lone LF ends a line too, and the offset in `out`
-  // of every byte of those CR LF that the file does not hold is appended to
-  // it, in ascending order: the CR in front of a lone LF's LF, the LF behind
-  // a lone CR, both behind a last line without a line end.
-  void readLines(std::string& out, std::size_t untilSize,
-                 std::vector<std::size_t>* addedLineEnds = nullptr);
+  // The offset in `out` of every byte of those CR LF that the file does not
+  // hold is appended to `addedLineEnds`, in ascending order: the CR in front
+  // of a lone LF's LF, the LF behind a lone CR, both behind a last line
+  // without a line end.
+  void readLines(std::string& out, std::size_t untilSize, LineEnds lineEnds,
+                 std::vector<std::size_t>& addedLineEnds);
   // True when no byte is left, which may need a read to find out.
   bool endOfFile();
 

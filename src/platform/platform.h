@@ -53,11 +53,11 @@ class Platform {
   // left. A line end is CR or CR LF; a lone LF stays in the line; a last
   // line without a line end gets CR LF too. Lines come in bulk so that a
   // chunk costs one call, not one per line.
-  // With `addedLineEnds`, a lone LF ends a line too, and the offsets in
-  // `bytes` of the CR and LF bytes that the file does not hold are appended
-  // to it (see LineReader::readLines).
+  // With LineEnds::kAny a lone LF ends a line too. In either mode the
+  // offsets in `bytes` of the CR and LF bytes that the file does not hold
+  // are appended to `addedLineEnds` (see LineReader::readLines).
   virtual void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize,
-                         std::vector<std::size_t>* addedLineEnds) = 0;
+                         LineEnds lineEnds, std::vector<std::size_t>& addedLineEnds) = 0;
   // True when nothing is left to read: at once on an empty file, and right
   // after the last line has been read, whether or not it had a line end.
   virtual bool endOfFile(Int16 fileNumber) = 0;

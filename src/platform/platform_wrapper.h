@@ -19,9 +19,9 @@ class PlatformWrapper : public Platform {
   void openForOutput(Int16 fileNumber, TextView path) override {
     target_.openForOutput(fileNumber, path);
   }
-  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize,
-                 std::vector<std::size_t>* addedLineEnds) override {
-    target_.readLines(fileNumber, bytes, untilSize, addedLineEnds);
+  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize, LineEnds lineEnds,
+                 std::vector<std::size_t>& addedLineEnds) override {
+    target_.readLines(fileNumber, bytes, untilSize, lineEnds, addedLineEnds);
   }
   bool endOfFile(Int16 fileNumber) override { return target_.endOfFile(fileNumber); }
   std::uint64_t fileSize(Int16 fileNumber) override { return target_.fileSize(fileNumber); }

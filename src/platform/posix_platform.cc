@@ -291,9 +291,9 @@ class PosixPlatform : public Platform {
     openUnder(fileNumber, fd, true, 0);
   }
 
-  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize,
-                 std::vector<std::size_t>* addedLineEnds) override {
-    fileOf(fileNumber).reader.readLines(bytes, untilSize, addedLineEnds);
+  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize, LineEnds lineEnds,
+                 std::vector<std::size_t>& addedLineEnds) override {
+    fileOf(fileNumber).reader.readLines(bytes, untilSize, lineEnds, addedLineEnds);
   }
 
   bool endOfFile(Int16 fileNumber) override {

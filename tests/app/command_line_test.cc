@@ -195,6 +195,8 @@ TEST(CommandLine, JsonLinesPositionsCutTheFile) {
       {page(700, "\n"), "read --element-name p --line-ends=any", 198},
       {page(700, "\n"), "read --element-name div --content-type=outerMarkup --line-ends any", 1},
       {"a\n\xff<p>\xe9\rb</p>\r\n<p></p>", "read --element-name p --line-ends=any", 2},
+      // The default mode's chunk holds CR LF for a lone CR; the file does not.
+      {"<p>a</p>\r<p>b\n</p>\r\n\r<p>c</p>", "read --element-name p", 3},
       // A write tells where the parts it replaced stood.
       {page(700, "\r\n"), "write --element-name p --count-instances 0 --new-content N", 198},
   };

@@ -69,9 +69,9 @@ class FakePlatform : public Platform {
     unsynced_.insert(host);
     open_[fileNumber.value()] = {.path = host, .bytes = ""};
   }
-  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize,
-                 std::vector<std::size_t>* addedLineEnds) override {
-    open_.at(fileNumber.value()).reader->readLines(bytes, untilSize, addedLineEnds);
+  void readLines(Int16 fileNumber, std::string& bytes, std::size_t untilSize, LineEnds lineEnds,
+                 std::vector<std::size_t>& addedLineEnds) override {
+    open_.at(fileNumber.value()).reader->readLines(bytes, untilSize, lineEnds, addedLineEnds);
   }
   bool endOfFile(Int16 fileNumber) override {
     return open_.at(fileNumber.value()).reader->endOfFile();
