@@ -1,5 +1,5 @@
 # What `cmake --install` and the Debian package put where. Components:
-#   runtime  the library and the command line
+#   runtime  the library, the command line and its serving program
 #   devel    headers, the CMake package, tagwright.pc
 #   python   the module, into the interpreter's site-packages
 #   package_python, package_settings  only in the .deb: the module in the
@@ -10,6 +10,8 @@ install(TARGETS tagwright EXPORT TagwrightTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT devel
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS tagwright_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+install(TARGETS tagwright_serve_cli RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/tagwright
+        COMPONENT runtime)
 install(FILES ${TAGWRIGHT_MAN_PAGE}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
 install(FILES ${TAGWRIGHT_COMPLETION}
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT runtime)

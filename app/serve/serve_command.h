@@ -25,6 +25,11 @@ CLI::App* addServeCommand(CLI::App& app, ServeOptions& options);
 // Serves the site until the process ends. Returns 2 when it cannot start
 // (a root that is no folder, an empty or unreadable token file, an address
 // in use), after saying why on `err`; the access log goes to `err` too.
+//
+// The HTTP layer and the TLS library it brings are loaded by the program
+// `tagwright-serve` alone (app/serve/run_serve.cc): every other command starts
+// without them. In `tagwright` this call hands the options to that program,
+// which takes over the process (app/launch/serve_program.cc).
 int runServe(const ServeOptions& options, std::ostream& err);
 
 }  // namespace tagwright

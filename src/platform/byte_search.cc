@@ -54,32 +54,61 @@ TAGWRIGHT_VECTOR_CLONES std::size_t nextPairCandidatePortable(const unsigned cha
 #ifdef TAGWRIGHT_HAVE_AVX2_PATH
 // The same, 32 bytes at a time; the top bit of a byte beyond ASCII is the
 // bit the mask is taken from, so such a byte needs no comparison.
+class Avx2PairSearch {
+ public:
+  TAGWRIGHT_AVX2 explicit Avx2PairSearch(Lead lead)
+      : wantFirst_(_mm256_set1_epi8(static_cast<char>(lead.first))),
+        wantSecond_(_mm256_set1_epi8(static_cast<char>(lead.second))),
+        folding_(_mm256_set1_epi8(static_cast<char>(lead.fold))),
+        // Without a third character every third byte fits: all ones.
+        wantThird_(_mm256_set1_epi8(static_cast<char>(lead.third))),
+        thirdFolding_(_mm256_set1_epi8(static_cast<char>(lead.third == 0 ? 0xFF : lead.thirdFold))),
+        anyThird_(_mm256_set1_epi8(static_cast<char>(lead.third == 0 ? 0xFF : 0))) {}
+
+  // One bit for each of the 32 bytes from `at` that may begin a candidate;
+  // the 34 bytes from `at` must be readable.
+  TAGWRIGHT_AVX2 unsigned candidates(const unsigned char* at) const {
+    const __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
+    const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at + 1));
+    const __m256i third = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at + 2));
+    const __m256i thirdFits = _mm256_or_si256(
+        _mm256_or_si256(_mm256_cmpeq_epi8(_mm256_or_si256(third, thirdFolding_), wantThird_),
+                        third),
+        anyThird_);
+    const __m256i secondFits = _mm256_or_si256(
+        _mm256_and_si256(_mm256_cmpeq_epi8(_mm256_or_si256(next, folding_), wantSecond_),
+                         thirdFits),
+        next);
+    return static_cast<unsigned>(
+        _mm256_movemask_epi8(_mm256_and_si256(_mm256_cmpeq_epi8(here, wantFirst_), secondFits)));
+  }
+
+ private:
+  __m256i wantFirst_, wantSecond_, folding_, wantThird_, thirdFolding_, anyThird_;
+};
+
 TAGWRIGHT_AVX2 std::size_t nextPairCandidateAvx2(const unsigned char* bytes, std::size_t n,
                                                  std::size_t from, Lead lead) {
-  const __m256i wantFirst = _mm256_set1_epi8(static_cast<char>(lead.first));
-  const __m256i wantSecond = _mm256_set1_epi8(static_cast<char>(lead.second));
-  const __m256i folding = _mm256_set1_epi8(static_cast<char>(lead.fold));
-  // Without a third character every third byte fits: all ones.
-  const __m256i wantThird = _mm256_set1_epi8(static_cast<char>(lead.third));
-  const __m256i thirdFolding =
-      _mm256_set1_epi8(static_cast<char>(lead.third == 0 ? 0xFF : lead.thirdFold));
-  const __m256i anyThird = _mm256_set1_epi8(static_cast<char>(lead.third == 0 ? 0xFF : 0));
+  const Avx2PairSearch search(lead);
   std::size_t i = from;
   for (; i + 34 <= n; i += 32) {
-    const __m256i here = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i));
-    const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i + 1));
-    const __m256i third = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i + 2));
-    const __m256i thirdFits = _mm256_or_si256(
-        _mm256_or_si256(_mm256_cmpeq_epi8(_mm256_or_si256(third, thirdFolding), wantThird), third),
-        anyThird);
-    const __m256i secondFits = _mm256_or_si256(
-        _mm256_and_si256(_mm256_cmpeq_epi8(_mm256_or_si256(next, folding), wantSecond), thirdFits),
-        next);
-    const auto mask = static_cast<unsigned>(
-        _mm256_movemask_epi8(_mm256_and_si256(_mm256_cmpeq_epi8(here, wantFirst), secondFits)));
-    if (mask != 0) return i + static_cast<std::size_t>(std::countr_zero(mask));
+    if (const unsigned mask = search.candidates(bytes + i); mask != 0) {
+      return i + static_cast<std::size_t>(std::countr_zero(mask));
+    }
   }
-  return nextPairCandidatePortable(bytes, n, i, lead);
+  // The last 33 bytes or fewer as one more block, copied in front of bytes
+  // beyond ASCII: a third byte past the end fits, as in the portable code,
+  // and the lanes of the last byte and beyond are masked off.
+  if (i + 1 >= n) return n;
+  alignas(32) unsigned char tail[64];
+  std::memset(tail, 0x80, sizeof tail);
+  std::memcpy(tail, bytes + i, n - i);
+  const auto lanes = static_cast<unsigned>(n - i - 1);  // at most 32
+  const unsigned inside = lanes >= 32 ? ~0u : (1u << lanes) - 1;
+  if (const unsigned mask = search.candidates(tail) & inside; mask != 0) {
+    return i + static_cast<std::size_t>(std::countr_zero(mask));
+  }
+  return n;
 }
 #endif
 

@@ -31,6 +31,10 @@ namespace {
 
 constexpr int kLastFileNumber = 255;
 constexpr std::size_t kWriteBufferSize = 512 * 1024;
+// Small enough to stay in the processor's second-level cache between the
+// kernel's copy into it and the line reader's copy out of it: reads of 512 KiB
+// took the 16 MiB page about 1/8 longer to read and cut than reads of 128 KiB.
+constexpr std::size_t kReadBufferSize = 128 * 1024;
 constexpr std::size_t kWritebackStep = 8 * 1024 * 1024;
 
 [[noreturn]] void failWithErrno() { throw Failure::fromErrno(errno); }
@@ -110,7 +114,8 @@ class BackgroundSync {
 };
 
 struct OpenFile {
-  explicit OpenFile(int descriptor) : fd(descriptor), source(descriptor), reader(source) {}
+  explicit OpenFile(int descriptor)
+      : fd(descriptor), source(descriptor), reader(source, kReadBufferSize) {}
   ~OpenFile() {
     backgroundSync.wait();
     if (fd >= 0) ::close(fd);

@@ -296,6 +296,13 @@ TEST(CommandLine, RefusedPathIsExplained) {
             "that maps it (a physical path holds \"\\\" or \":\")\nmatches: -1\n");
 }
 
+// `serve` runs in the serving program, which gets each option as it was given.
+TEST(CommandLine, ServeRunsInTheServingProgram) {
+  HostRun run = runProgram({"serve", "--root=-no-folder", "--token-file", "/dev/null"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "tagwright serve: --root -no-folder is no folder\n");
+}
+
 TEST(CommandLine, ManualAndCompletionFollowTheHelp) {
   TempFolder work;
   work.write("tagwright.1", runProgram({"--help-man"}).out);
