@@ -1,5 +1,6 @@
 #include "platform/line_reader.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -7,14 +8,24 @@
 
 namespace tagwright {
 
+namespace {
+
+// The first read of a document is short: a search whose parts stand near its
+// top (a title, a meta tag) stops without reading the rest.
+constexpr std::size_t kFirstRead = 8 * 1024;
+
+}  // namespace
+
 LineReader::LineReader(ByteSource& source, std::size_t bufferSize)
-    : source_(source), buffer_(bufferSize, '\0') {}
+    : source_(source), capacity_(bufferSize) {}
 
 bool LineReader::fill() {
   if (exhausted_) return false;
   begin_ = 0;
   nextCr_ = kUnknown;
-  end_ = source_.read(buffer_.data(), buffer_.size());
+  if (!buffer_) buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
+  end_ = source_.read(buffer_.get(), readBefore_ ? capacity_ : std::min(capacity_, kFirstRead));
+  readBefore_ = true;
   if (end_ == 0) exhausted_ = true;
   return end_ > 0;
 }
@@ -24,7 +35,7 @@ bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 void LineReader::readLine(std::string& out) {
   for (;;) {
     if (begin_ == end_ && !fill()) return;
-    const char* start = buffer_.data() + begin_;
+    const char* start = buffer_.get() + begin_;
     const void* cr = std::memchr(start, '\r', end_ - begin_);
     if (cr == nullptr) {
       // The line runs over the end of the buffer.
@@ -62,7 +73,7 @@ TAGWRIGHT_VECTOR_CLONES bool holdsLoneCr(const char* bytes, std::size_t n) {
 // in CR LF: such a run is its own chunk form and is copied whole. 0 when
 // there is none.
 std::size_t LineReader::wholeCrLfLines(std::size_t wanted) const {
-  const std::string_view rest(buffer_.data() + begin_, end_ - begin_);
+  const std::string_view rest(buffer_.get() + begin_, end_ - begin_);
   if (rest.size() < 2) return 0;
   // A CR at `wanted` - 2 or later ends a run of at least `wanted` bytes.
   const std::size_t from = wanted >= 2 ? wanted - 2 : 0;
@@ -82,12 +93,12 @@ void LineReader::readLineAnyEnd(std::string& out, std::vector<std::size_t>& adde
       out.append("\r\n");
       return;
     }
-    const char* start = buffer_.data() + begin_;
+    const char* start = buffer_.get() + begin_;
     if (nextCr_ == kUnknown || nextCr_ < begin_) {
       const void* cr = std::memchr(start, '\r', end_ - begin_);
       nextCr_ = cr == nullptr
                     ? end_
-                    : static_cast<std::size_t>(static_cast<const char*>(cr) - buffer_.data());
+                    : static_cast<std::size_t>(static_cast<const char*>(cr) - buffer_.get());
     }
     const std::size_t beforeCr = nextCr_ - begin_;
     const void* lf = std::memchr(start, '\n', beforeCr);
@@ -122,8 +133,8 @@ std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
   // Whole lines that end in a lone LF before the next CR: first their LFs,
   // whose CR-to-be offsets go into addedLineEnds, then one copy each into
   // room made once, rather than a call and two appends per line.
-  const char* const start = buffer_.data() + begin_;
-  const char* const stop = buffer_.data() + nextCr_;
+  const char* const start = buffer_.get() + begin_;
+  const char* const stop = buffer_.get() + nextCr_;
   const std::size_t base = out.size();
   const std::size_t firstAdded = addedLineEnds.size();
   std::size_t size = base;
@@ -149,7 +160,7 @@ std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
     target += length + 2;
     source += length + 1;
   }
-  begin_ = static_cast<std::size_t>(from - buffer_.data());
+  begin_ = static_cast<std::size_t>(from - buffer_.get());
   return lines;
 }
 
@@ -163,7 +174,7 @@ void LineReader::readLines(std::string& out, std::size_t untilSize,
   }
   while (out.size() < untilSize && !endOfFile()) {
     if (std::size_t run = wholeCrLfLines(untilSize - out.size()); run > 0) {
-      out.append(buffer_.data() + begin_, run);
+      out.append(buffer_.get() + begin_, run);
       begin_ += run;
       continue;
     }
