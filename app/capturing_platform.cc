@@ -1,13 +1,30 @@
 #include "capturing_platform.h"
 
+#include "platform/text.h"
+
 namespace tagwright {
+namespace {
+
+// The component's name of a host path, byte for byte: the platform writes
+// each raw-byte character back as its byte.
+Text nameOfHostPath(const std::string& path) {
+  Text name;
+  for (char c : path) {
+    const auto byte = static_cast<unsigned char>(c);
+    name.push_back(byte < 0x80 ? byte : kRawByteBase + byte);
+  }
+  return name;
+}
+
+}  // namespace
 
 void CapturingPlatform::openForOutput(Int16 fileNumber, TextView) {
-  // The number stays taken in the wrapped platform, which hands out the
-  // numbers, by a file that swallows what nobody writes to it.
-  base_.openForOutput(fileNumber, U"\\dev\\null");
-  capturedNumber_ = fileNumber;
   failed_ = !captured_.clear();
+  // The number stays taken in the wrapped platform, which hands out the
+  // numbers, by the capture's own file opened for input: it exists already,
+  // and output files are only ever made new. Nothing reads from it there.
+  base_.openForInput(fileNumber, nameOfHostPath(captured_.path()));
+  capturedNumber_ = fileNumber;
 }
 
 void CapturingPlatform::writeBytes(Int16 fileNumber, std::string_view bytes) {

@@ -34,9 +34,25 @@ namespace {
 
 // One answer in the form asked for; `json` makes its JSON object, and only
 // when that form is asked for, since a result may be as long as a document.
+// The JSON object of an answer in a batch: "document" first, then the
+// members of the object a single call prints.
+std::string withDocument(const std::string& document, const std::string& object) {
+  const std::string name = nlohmann::json(Tagwright::replaceRawBytes(document)).dump();
+  return "{\"document\":" + name + (object.size() > 2 ? "," : "") + object.substr(1);
+}
+
 template <typename Json>
 int printAnswer(const std::string& text, int count, Json json, const OutputForm& form,
                 std::ostream& out, std::ostream& err) {
+  if (form.document != nullptr) {
+    // The batch names failures and counts the matches itself.
+    if (form.json) {
+      out << withDocument(*form.document, json()) << "\n";
+    } else if (!form.jsonLines && count != 0) {
+      out << *form.document << ":" << text << "\n";
+    }
+    return exitStatusOf(count, form);
+  }
   if (form.jsonLines) {
     if (count == -1) err << text << "\n";
     err << "matches: " << count << "\n";
@@ -78,8 +94,9 @@ int printNewDocument(int count, const std::string& errorResult, const TemporaryF
   return exitStatusOf(count, form);
 }
 
-std::string partJsonLine(const FoundPart& part) {
+std::string partJsonLine(const FoundPart& part, const OutputForm& form) {
   nlohmann::ordered_json object;
+  if (form.document != nullptr) object["document"] = Tagwright::replaceRawBytes(*form.document);
   object["text"] = Tagwright::replaceRawBytes(part.text);
   object["start"] = positionJson(part.start);
   object["end"] = positionJson(part.end);

@@ -15,6 +15,12 @@ struct OutputForm {
   bool jsonLines = false;   // one JSON object per part, printed as found
   bool exitStatus = false;  // exit 1 when nothing was found, as grep does
   bool terminal = false;    // standard output is a terminal
+  // The document's name as a batch names it, or null for a single call.
+  // In a batch each JSON object and each part gets "document" first, the
+  // bare text stands behind "DOCUMENT:" on a line of its own (and only when
+  // something matched or failed), and the count is left to the batch's
+  // summary rather than printed as `matches: N`.
+  const std::string* document = nullptr;
 };
 
 // The exit status of an operation that found `matches` parts (-1: failed).
@@ -38,9 +44,9 @@ int printWriteAnswer(int count, const std::string& errorResult, const OutputForm
 int printNewDocument(int count, const std::string& errorResult, const TemporaryFile& newDocument,
                      const OutputForm& form, std::ostream& out, std::ostream& err);
 
-// One part as a JSON line without its line end:
+// One part as a JSON line without its line end, "document" first in a batch:
 //   {"text":"x","start":{"byte":3,"line":1,"column":4},"end":{...}}
-std::string partJsonLine(const FoundPart& part);
+std::string partJsonLine(const FoundPart& part, const OutputForm& form);
 
 }  // namespace tagwright
 

@@ -37,8 +37,13 @@ std::string diffName(const std::string& document) {
   return first == std::string::npos ? document : document.substr(first);
 }
 
-void printPartsAsFound(Tagwright& instance, std::ostream& out) {
-  instance.observeParts([&out](const FoundPart& part) { out << partJsonLine(part) << "\n"; });
+void printPartsAsFound(Tagwright& instance, const OutputForm& form, std::ostream& out) {
+  instance.observeParts(
+      [&out, &form](const FoundPart& part) { out << partJsonLine(part, form) << "\n"; });
+}
+
+void keepAnswer(const DocumentRun& run, int count, const std::string& text) {
+  if (run.answer != nullptr) *run.answer = {count, text};
 }
 
 // Runs one write of the command line on `instance`. With --stdout or
@@ -47,22 +52,26 @@ int runWrite(Tagwright& instance, const CommandLine& line, const std::string& do
              const DocumentRun& run, std::istream& in, std::ostream& out, std::ostream& err) {
   const CapturingPlatform* capture = run.capture;
   const OutputForm& form = run.form;
-  std::optional<std::string> newContent = readNewContent(line, in, err);
-  if (!newContent) return 2;
+  std::optional<std::string> readContent;
+  if (run.newContent == nullptr && !(readContent = readNewContent(line, in, err))) return 2;
+  const std::string* newContent = run.newContent != nullptr ? run.newContent : &*readContent;
   std::string errorResult;
-  if (line.jsonLines) printPartsAsFound(instance, out);
+  if (line.jsonLines) printPartsAsFound(instance, form, out);
   // A dry run takes its turn too, so that its diff starts from the document
   // that it rewrote; --stdout reads the document once and needs none.
-  std::unique_ptr<FileLock> lock = line.toStdout ? nullptr : instance.lockForRewrite(document);
+  std::unique_ptr<FileLock> lock =
+      line.toStdout || run.locked ? nullptr : instance.lockForRewrite(document);
   int count = instance.writeXPointer(
       *newContent, document, orDefault(line.elementName, "#element"),
       orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
       numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
       orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
       orDefault(line.separator, ""), &errorResult);
+  keepAnswer(run, count, errorResult);
   explainRefusal(errorResult, document, run.context, instance, err);
   if (line.target != kStandardInput) hintAtLineEnds(errorResult, instance, document, err);
   if (capture != nullptr && count != -1 && capture->keepingFailed()) {
+    keepAnswer(run, -1, "the new document could not be kept aside; nothing was changed");
     err << "tagwright: cannot keep the new document in " << capture->captured().path()
         << "; nothing was changed\n";
     return 2;
@@ -71,10 +80,13 @@ int runWrite(Tagwright& instance, const CommandLine& line, const std::string& do
     return printNewDocument(count, errorResult, capture->captured(), form, out, err);
   }
   if (line.dryRun) {
-    err << (count == -1 ? errorResult + "\n" : "") << "matches: " << count << "\n";
+    // A batch names the failures and counts the matches itself.
+    if (form.document == nullptr) {
+      err << (count == -1 ? errorResult + "\n" : "") << "matches: " << count << "\n";
+    }
     if (count == -1) return 2;
     return printUnifiedDiff(instance.hostPathOf(document), capture->captured().path(),
-                            diffName(line.target), out, err);
+                            diffName(document), out, err);
   }
   return printWriteAnswer(count, errorResult, form, out, err);
 }
@@ -90,10 +102,11 @@ int runOnDocument(Tagwright& instance, const CommandLine& line, Operation operat
   if (operation == Operation::kList) {
     result = instance.fileListing(document, orDefault(line.pattern, "*.*"),
                                   orDefault(line.separator, ""), &matches);
+    keepAnswer(run, matches, result);
     return printTextAnswer(result, matches, run.form, out, err);
   }
   if (operation == Operation::kRead) {
-    if (line.jsonLines) printPartsAsFound(instance, out);
+    if (line.jsonLines) printPartsAsFound(instance, run.form, out);
     result = instance.readXPointer(
         document, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
         orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
@@ -106,6 +119,7 @@ int runOnDocument(Tagwright& instance, const CommandLine& line, Operation operat
         numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
         orDefault(line.separator, ""), &matches);
   }
+  keepAnswer(run, matches, result);
   explainRefusal(result, document, run.context, instance, err);
   if (line.target != kStandardInput) hintAtLineEnds(result, instance, document, err);
   return printTextAnswer(result, matches, run.form, out, err);

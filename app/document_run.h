@@ -12,6 +12,13 @@
 
 namespace tagwright {
 
+// What one operation answered for one document: the count (MatchesFound,
+// or the result of writeXPointer) and the text, as a single call prints them.
+struct DocumentAnswer {
+  int count = 0;
+  std::string text;
+};
+
 // What the run of an operation on one document needs beside the command line.
 struct DocumentRun {
   const ContextSetting& context;
@@ -19,6 +26,13 @@ struct DocumentRun {
   // --dry-run; null otherwise.
   const CapturingPlatform* capture = nullptr;
   OutputForm form;
+  // The new content of a write, read once for all the documents of a batch;
+  // null to read it from the command line.
+  const std::string* newContent = nullptr;
+  // The caller holds the document's rewrite lock already.
+  bool locked = false;
+  // Where the answer goes too, when the caller needs it; may be null.
+  DocumentAnswer* answer = nullptr;
 };
 
 // Runs the command line's operation on `document` (the name the component

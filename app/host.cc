@@ -122,56 +122,43 @@ bool isBatch(const CommandLine& line) {
   return line.documents.size() != 1 || line.sources.filesFrom || line.sources.recursiveFolder;
 }
 
-// Several documents: each by an instance of its own, with the operation and
-// parameters that a single call of this command line would use.
-int runBatchCommand(const CommandLine& line, bool rewrite, bool meta, const Tagwright& mapper,
-                    const std::function<void(Tagwright&)>& configure, Platform& platform,
-                    std::istream& in, std::ostream& out, std::ostream& err) {
+// Several documents: each by an instance of its own, run and printed by the
+// code that runs a single call of this command line, in the batch's form.
+int runBatchCommand(const CommandLine& line, Operation operation, Tagwright& mapper,
+                    const std::function<void(Tagwright&)>& configure, const ContextSetting& context,
+                    Platform& platform, std::istream& in, std::ostream& out, std::ostream& err) {
   std::optional<std::string> newContent;
-  if (rewrite && !(newContent = readNewContent(line, in, err))) return 2;
+  if (operation == Operation::kWrite && !(newContent = readNewContent(line, in, err))) return 2;
   BatchRequest request;
   std::optional<std::vector<std::string>> documents =
       listDocuments(line.sources, mapper, in, err, request.earlierFailures);
   if (!documents) return 2;
   request.documents = std::move(*documents);
-  request.configure = configure;
-  request.rewrite = rewrite;
-  request.json = line.json;
+  request.mapper = &mapper;
+  // A dry run takes each document's lock by itself, as a single one does.
+  request.rewrite = operation == Operation::kWrite && !line.dryRun;
   request.jobs =
       line.jobs.value_or(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
   request.progress = line.progress || ::isatty(2) == 1;
-  if (rewrite) {
-    request.operation = [&line, &newContent](Tagwright& each, const std::string& document) {
-      DocumentAnswer answer;
-      answer.count = each.writeXPointer(
-          *newContent, document, orDefault(line.elementName, "#element"),
-          orDefault(line.attributeName, "*"), orDefault(line.attributeValue, "*"),
-          numberOr(line.startInstance, 1), numberOr(line.countInstances, 1),
-          orDefault(line.contentType, "innermarkup"), orDefault(line.spanFunction, ""),
-          orDefault(line.separator, ""), &answer.text);
-      return answer;
-    };
-  } else if (meta) {
-    request.operation = [&line](Tagwright& each, const std::string& document) {
-      DocumentAnswer answer;
-      answer.text = each.readMetaContent(
-          document, orDefault(line.metaName, "*"), numberOr(line.startInstance, 1),
-          numberOr(line.countInstances, 0), orDefault(line.equals, "$eq$"),
-          orDefault(line.separator, ""), &answer.count);
-      return answer;
-    };
-  } else {
-    request.operation = [&line](Tagwright& each, const std::string& document) {
-      DocumentAnswer answer;
-      answer.text = each.readXPointer(
-          document, orDefault(line.elementName, "#element"), orDefault(line.attributeName, "*"),
-          orDefault(line.attributeValue, "*"), numberOr(line.startInstance, 1),
-          numberOr(line.countInstances, 0), orDefault(line.contentType, "innerMarkup"),
-          orDefault(line.spanFunction, ""), orDefault(line.stringFunction, ""),
-          orDefault(line.separator, ""), &answer.count);
-      return answer;
-    };
-  }
+  request.operation = [&, operation](Platform& each, const std::string& document) {
+    std::optional<CapturingPlatform> capture;
+    if (line.dryRun) capture.emplace(each);
+    Tagwright instance(capture ? *capture : each);
+    configure(instance);
+    BatchAnswer answer;
+    DocumentRun run{
+        context,
+        capture ? &*capture : nullptr,
+        OutputForm{.json = line.json, .jsonLines = line.jsonLines, .document = &document},
+        newContent ? &*newContent : nullptr,
+        request.rewrite,
+        &answer.answer};
+    std::ostringstream printed, notes;
+    runOnDocument(instance, line, operation, document, run, in, printed, notes);
+    answer.printed = std::move(printed).str();
+    answer.notes = std::move(notes).str();
+    return answer;
+  };
   return runBatch(request, platform, out, err);
 }
 
@@ -216,21 +203,20 @@ void addWriteForms(CLI::App* write, CommandLine& line) {
       "--dry-run", line.dryRun,
       "change nothing; print the unified diff (diff -u, names a/DOCUMENT and b/DOCUMENT) from "
       "the document to what the write would make, and exit 1 when they differ, 0 when not, 2 on "
-      "a failure");
+      "a failure; with several documents, a diff for each and the exit status of a batch");
   toStdout->excludes(dryRun);
 }
 
 // The checks of the new options that CLI11 cannot express.
 void checkOutputForms(const CommandLine& line, CLI::App* read, CLI::App* write, CLI::App* list) {
-  if (!list->parsed() && isBatch(line)) {
-    const bool single = line.exitStatus || line.jsonLines || line.toStdout || line.dryRun ||
+  const bool batch = !list->parsed() && isBatch(line);
+  if (batch) {
+    const bool single = line.exitStatus || line.toStdout ||
                         std::find(line.documents.begin(), line.documents.end(), kStandardInput) !=
                             line.documents.end();
-    if (single)
-      throw CLI::ValidationError("-e, --json-lines, --stdout, --dry-run and - take one document");
-    return;
+    if (single) throw CLI::ValidationError("-e, --stdout and - take one document");
   }
-  const bool fromStandardInput = !list->parsed() && line.target == kStandardInput;
+  const bool fromStandardInput = !list->parsed() && !batch && line.target == kStandardInput;
   if (line.jsonLines && !read->parsed() && !write->parsed())
     throw CLI::ValidationError("--json-lines", "only read and write print one object per part");
   if (line.jsonLines && line.json)
@@ -378,7 +364,8 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
                    : platform != nullptr ? *platform
                                          : Tagwright::systemPlatform();
   std::optional<CapturingPlatform> capture;
-  if (line.toStdout || line.dryRun) capture.emplace(base);
+  // A batch gives each document a capture of its own.
+  if (!batch && (line.toStdout || line.dryRun)) capture.emplace(base);
 
   std::unique_ptr<Tagwright> instance;
   try {
@@ -399,18 +386,17 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     if (line.lineEnds) each.setLineEnds(*line.lineEnds == "any" ? LineEnds::kAny : LineEnds::kCrLf);
   };
   configure(*instance);
+  const Operation operation = read->parsed()   ? Operation::kRead
+                              : meta->parsed() ? Operation::kMeta
+                              : list->parsed() ? Operation::kList
+                                               : Operation::kWrite;
   if (batch) {
-    return runBatchCommand(line, write->parsed(), meta->parsed(), *instance, configure, base, in,
-                           out, err);
+    return runBatchCommand(line, operation, *instance, configure, setting, base, in, out, err);
   }
 
   DocumentRun run{setting,
                   capture ? &*capture : nullptr,
                   {line.json, line.jsonLines, line.exitStatus, outputIsTerminal}};
-  const Operation operation = read->parsed()   ? Operation::kRead
-                              : meta->parsed() ? Operation::kMeta
-                              : list->parsed() ? Operation::kList
-                                               : Operation::kWrite;
   return runOnDocument(*instance, line, operation, document, run, in, out, err);
 }
 

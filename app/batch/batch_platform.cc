@@ -1,6 +1,7 @@
 #include "batch/batch_platform.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,14 +20,28 @@ struct ThreadRewrite {
 };
 thread_local ThreadRewrite threadRewrite;
 
+// The folder that holds the file `hostPath` names, links followed, or empty
+// when there is no such file. The folder of a document that is no link
+// itself is named as the path names it: links among the folders lead to the
+// same folder, to be synced and stated, and cost no look-up of each name.
+std::string folderHolding(const std::string& hostPath) {
+  struct stat status {};
+  if (::lstat(hostPath.c_str(), &status) == 0 && !S_ISLNK(status.st_mode)) {
+    const std::size_t slash = hostPath.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : hostPath.substr(0, slash);
+  }
+  std::error_code error;
+  std::filesystem::path target = std::filesystem::canonical(hostPath, error);
+  return error ? std::string() : target.parent_path().string();
+}
+
 }  // namespace
 
 BatchPlatform::Rewrite::Rewrite(BatchPlatform& platform, const std::string& hostPath)
     : platform_(platform) {
-  std::error_code error;
-  std::filesystem::path target = std::filesystem::canonical(hostPath, error);
   threadRewrite.active = true;
-  threadRewrite.folder = error ? std::string() : target.parent_path().string();
+  threadRewrite.folder = folderHolding(hostPath);
   // A document that cannot be found has no folder: its rewrite fails by itself.
   threadRewrite.fileSystem = platform_.group_.enter(threadRewrite.folder);
 }

@@ -7,16 +7,14 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
-#include <semaphore>
 #include <thread>
 
 #include "batch/batch_platform.h"
 #include "batch/group_sync.h"
+#include "batch/processor_pool.h"
 #include "batch/progress_line.h"
-#include "json_answer.h"
 #include "tagwright/tagwright.h"
 
 namespace tagwright {
@@ -29,28 +27,19 @@ using Clock = std::chrono::steady_clock;
 constexpr int kRewritesPerJob = 32;
 // How long a group waits for rewrites still in progress before it syncs.
 constexpr std::chrono::milliseconds kGatherTime{10};
-
-std::string answerLine(const BatchRequest& request, const std::string& document,
-                       const DocumentAnswer& answer) {
-  if (!request.json) return document + ":" + answer.text + "\n";
-  const std::string object = request.rewrite ? writeAnswerJson(answer.count, answer.text)
-                                             : textAnswerJson(answer.text, answer.count);
-  const std::string name = nlohmann::json(Tagwright::replaceRawBytes(document)).dump();
-  return "{\"document\":" + name + "," + object.substr(1) + "\n";
-}
+// The answers the printer is woken for at once; less than the window.
+constexpr std::size_t kPrintRun = 16;
 
 // Holds one of the processors that the jobs share, while in scope.
 class Processor {
  public:
-  explicit Processor(std::counting_semaphore<>& processors) : processors_(processors) {
-    processors_.acquire();
-  }
+  explicit Processor(ProcessorPool& processors) : processors_(processors) { processors_.acquire(); }
   ~Processor() { processors_.release(); }
   Processor(const Processor&) = delete;
   Processor& operator=(const Processor&) = delete;
 
  private:
-  std::counting_semaphore<>& processors_;
+  ProcessorPool& processors_;
 };
 
 class Batch {
@@ -75,10 +64,12 @@ class Batch {
     ProgressLine progress(err, request_.progress, total);
     int changed = 0, matched = 0, failed = 0;
     for (std::size_t index = 0; index < total; ++index) {
-      std::optional<DocumentAnswer> answer;
+      std::optional<BatchAnswer> done;
+      bool wakeWorkers = false;
       {
         std::unique_lock lock(mutex_);
         while (!slots_[index % window_]) {
+          awaited_ = index;
           if (!ready_.wait_for(lock, std::chrono::milliseconds(100),
                                [&] { return slots_[index % window_].has_value(); })) {
             lock.unlock();
@@ -86,21 +77,27 @@ class Batch {
             lock.lock();
           }
         }
-        answer = std::move(slots_[index % window_]);
+        awaited_ = kNothing;
+        done = std::move(slots_[index % window_]);
         slots_[index % window_].reset();
         printed_ = index + 1;
+        wakeWorkers = workersWaiting_ > 0;
       }
-      room_.notify_all();
+      if (wakeWorkers) room_.notify_all();
       const std::string& document = request_.documents[index];
-      if (answer->count == -1) {
+      const DocumentAnswer& answer = done->answer;
+      // Standard error flushes standard output, which is written in blocks
+      // otherwise: it is written to only when there is something to say.
+      if (!done->notes.empty() || answer.count == -1) progress.clear();
+      if (!done->notes.empty()) err << done->notes;
+      if (answer.count == -1) {
         ++failed;
-        progress.clear();
-        err << "tagwright: " << document << ": " << answer->text << "\n";
-      } else if (answer->count > 0) {
+        err << "tagwright: " << document << ": " << answer.text << "\n";
+      } else if (answer.count > 0) {
         ++matched;
         if (request_.rewrite) ++changed;
       }
-      if (request_.json || answer->count != 0) out << answerLine(request_, document, *answer);
+      out << done->printed;
       progress.show(index + 1, matched, failed);
     }
     workers.clear();
@@ -122,52 +119,68 @@ class Batch {
       std::size_t index;
       {
         std::unique_lock lock(mutex_);
-        room_.wait(lock, [&] {
+        auto mayClaim = [&] {
           return claimed_ >= request_.documents.size() || claimed_ < printed_ + window_;
-        });
+        };
+        if (!mayClaim()) {
+          ++workersWaiting_;
+          room_.wait(lock, mayClaim);
+          --workersWaiting_;
+        }
         if (claimed_ >= request_.documents.size()) return;
         index = claimed_++;
       }
-      DocumentAnswer answer = handle(request_.documents[index]);
+      BatchAnswer answer = handle(request_.documents[index]);
+      bool wakePrinter;
       {
         std::lock_guard lock(mutex_);
         slots_[index % window_] = std::move(answer);
+        wakePrinter = printable();
       }
-      ready_.notify_all();
+      if (wakePrinter) ready_.notify_one();
     }
   }
 
-  // The document by an instance of its own, exactly as a single call.
-  DocumentAnswer handle(const std::string& document) {
+  // True when the printer waits and a run of answers is there for it: a
+  // printer woken for every answer would cost a switch of threads per page.
+  // REQUIRES: mutex_ held.
+  bool printable() const {
+    if (awaited_ == kNothing) return false;
+    const std::size_t total = request_.documents.size();
+    std::size_t run = 0;
+    while (run < kPrintRun && awaited_ + run < total && slots_[(awaited_ + run) % window_]) ++run;
+    return run == kPrintRun || awaited_ + run == total;
+  }
+
+  BatchAnswer handle(const std::string& document) {
     try {
-      Tagwright instance(platform_);
-      request_.configure(instance);
-      if (!request_.rewrite) {
-        Processor processor(processors_);
-        return request_.operation(instance, document);
-      }
+      // A read runs on one of the `jobs` workers, which hold a processor each.
+      if (!request_.rewrite) return request_.operation(platform_, document);
       // The lock first: a rewrite that waits for it holds no processor, and
       // is not among those that its group waits for.
-      std::unique_ptr<FileLock> lock = instance.lockForRewrite(document);
-      BatchPlatform::Rewrite rewrite(platform_, instance.hostPathOf(document));
+      std::unique_ptr<FileLock> lock = request_.mapper->lockForRewrite(document);
+      BatchPlatform::Rewrite rewrite(platform_, request_.mapper->hostPathOf(document));
       Processor processor(processors_);
-      return request_.operation(instance, document);
+      return request_.operation(platform_, document);
     } catch (const std::exception& error) {
-      return {-1, std::string("ERROR: ") + error.what()};
+      return {{-1, std::string("ERROR: ") + error.what()}, {}, {}};
     }
   }
 
   const BatchRequest& request_;
   const int jobs_;
-  std::counting_semaphore<> processors_;
+  ProcessorPool processors_;
   GroupSync group_;
   BatchPlatform platform_;
   const std::size_t window_;  // answers held for printing, at most
   std::mutex mutex_;
   std::condition_variable ready_, room_;
-  std::vector<std::optional<DocumentAnswer>> slots_;
+  std::vector<std::optional<BatchAnswer>> slots_;
   std::size_t claimed_ = 0;
   std::size_t printed_ = 0;
+  static constexpr std::size_t kNothing = static_cast<std::size_t>(-1);
+  std::size_t awaited_ = kNothing;  // the answer the printer waits for
+  int workersWaiting_ = 0;          // for room in the window
 };
 
 }  // namespace

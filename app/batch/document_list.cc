@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <utility>
 
 #include "plain_file.h"
 #include "tagwright/tagwright.h"
@@ -40,18 +41,24 @@ struct Walk {
   bool visit(const std::string& hostFolder, const std::string& namedFolder) {
     DIR* folder = ::opendir(hostFolder.c_str());
     if (folder == nullptr) return false;
-    std::vector<std::string> entries;
+    // Each name with its type as the folder tells it, so that a plain file
+    // costs no look-up of its own; DT_UNKNOWN where the file system keeps none.
+    std::vector<std::pair<std::string, unsigned char>> entries;
     while (dirent* entry = ::readdir(folder)) {
-      if (entry->d_name[0] != '.') entries.emplace_back(entry->d_name);
+      if (entry->d_name[0] != '.') entries.emplace_back(entry->d_name, entry->d_type);
     }
     ::closedir(folder);
     // std::string compares as unsigned bytes: the order of `LC_ALL=C ls`.
     std::sort(entries.begin(), entries.end());
-    for (const std::string& entry : entries) {
+    for (const auto& [entry, type] : entries) {
       const std::string hostPath = hostFolder + "/" + entry;
       const std::string namedPath = namedFolder + "/" + entry;
       struct stat status {};
-      if (::lstat(hostPath.c_str(), &status) != 0) continue;
+      if (type == DT_REG) {
+        status.st_mode = S_IFREG;
+      } else if (::lstat(hostPath.c_str(), &status) != 0) {
+        continue;
+      }
       if (S_ISDIR(status.st_mode)) {
         if (!visit(hostPath, namedPath)) {
           err << "tagwright: " << namedPath << ": cannot read the folder: " << std::strerror(errno)

@@ -6,7 +6,7 @@
 
 namespace tagwright {
 
-GroupSync::GroupSync(std::counting_semaphore<>& processors, std::chrono::milliseconds gatherTime)
+GroupSync::GroupSync(ProcessorPool& processors, std::chrono::milliseconds gatherTime)
     : processors_(processors), gatherTime_(gatherTime) {}
 
 GroupSync::~GroupSync() {
@@ -29,7 +29,7 @@ std::optional<dev_t> GroupSync::enter(const std::string& folder) {
 void GroupSync::leave() {
   std::lock_guard lock(mutex_);
   --active_;
-  changed_.notify_all();
+  if (leaderChosen_) gathered_.notify_one();
 }
 
 std::uint64_t GroupSync::syncCount() const {
@@ -43,14 +43,14 @@ bool GroupSync::awaitDurable(dev_t fileSystem) {
   const std::uint64_t group = gathering_;
   devices_.insert(fileSystem);
   ++waiting_;
-  changed_.notify_all();
+  if (leaderChosen_) gathered_.notify_one();
   if (!leaderChosen_) {
     leaderChosen_ = true;
     const auto deadline = std::chrono::steady_clock::now() + gatherTime_;
     // A rewrite that is not waiting here may be held up by one that is (two
     // names of one document): the deadline ends the gathering all the same.
-    changed_.wait_until(lock, deadline, [&] { return !syncing_ && waiting_ >= active_; });
-    changed_.wait(lock, [&] { return !syncing_; });
+    gathered_.wait_until(lock, deadline, [&] { return !syncing_ && waiting_ >= active_; });
+    gathered_.wait(lock, [&] { return !syncing_; });
     std::set<dev_t> devices = std::move(devices_);
     devices_.clear();
     waiting_ = 0;
@@ -64,9 +64,11 @@ bool GroupSync::awaitDurable(dev_t fileSystem) {
     ++syncCount_;
     if (!synced) failedGroups_.insert(group);
     synced_ = group;
-    changed_.notify_all();
+    groupSynced_.notify_all();
+    // The next group's leader may wait for this sync to end.
+    gathered_.notify_one();
   } else {
-    changed_.wait(lock, [&] { return synced_ >= group; });
+    groupSynced_.wait(lock, [&] { return synced_ >= group; });
   }
   const bool synced = !failedGroups_.contains(group);
   lock.unlock();

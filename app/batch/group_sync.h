@@ -9,9 +9,10 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <semaphore>
 #include <set>
 #include <string>
+
+#include "batch/processor_pool.h"
 
 namespace tagwright {
 
@@ -26,7 +27,7 @@ namespace tagwright {
 // other documents are prepared meanwhile and the next group is large.
 class GroupSync {
  public:
-  GroupSync(std::counting_semaphore<>& processors, std::chrono::milliseconds gatherTime);
+  GroupSync(ProcessorPool& processors, std::chrono::milliseconds gatherTime);
   ~GroupSync();
   GroupSync(const GroupSync&) = delete;
   GroupSync& operator=(const GroupSync&) = delete;
@@ -50,10 +51,13 @@ class GroupSync {
  private:
   bool syncFileSystems(const std::set<dev_t>& devices);
 
-  std::counting_semaphore<>& processors_;
+  ProcessorPool& processors_;
   const std::chrono::milliseconds gatherTime_;
   mutable std::mutex mutex_;
-  std::condition_variable changed_;
+  // The leader of the group being gathered waits on `gathered_`, the others
+  // on `synced_`: a rewrite that arrives or leaves wakes one thread, not all.
+  std::condition_variable gathered_;
+  std::condition_variable groupSynced_;
   int active_ = 0;
   int waiting_ = 0;            // in the group being gathered
   bool leaderChosen_ = false;  // for the group being gathered

@@ -25,17 +25,26 @@ constexpr std::size_t kOutputSlack = 3 * kBlock;
 // The length a line may run past the size asked for and still be widened in
 // bulk; a longer one goes through readLineAnyEnd.
 constexpr std::size_t kLineRoom = 256;
+// The first read of a document is short: a search whose parts stand near its
+// top (a title, a meta tag) stops without reading the rest.
+constexpr std::size_t kFirstRead = 8 * 1024;
 
 }  // namespace
 
 LineReader::LineReader(ByteSource& source, std::size_t bufferSize)
-    : source_(source), buffer_(bufferSize + kBufferSlack, '\0') {}
+    : source_(source), capacity_(bufferSize) {}
 
 bool LineReader::fill() {
   if (exhausted_) return false;
   begin_ = 0;
   nextCr_ = kUnknown;
-  end_ = source_.read(buffer_.data(), buffer_.size() - kBufferSlack);
+  if (!buffer_) {
+    buffer_ = std::make_unique_for_overwrite<char[]>(capacity_ + kBufferSlack);
+    // Block copies read into the slack; it holds no stale bytes of any kind.
+    std::memset(buffer_.get() + capacity_, 0, kBufferSlack);
+  }
+  end_ = source_.read(buffer_.get(), readBefore_ ? capacity_ : std::min(capacity_, kFirstRead));
+  readBefore_ = true;
   if (end_ == 0) exhausted_ = true;
   return end_ > 0;
 }
@@ -45,7 +54,7 @@ bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 LineReader::LineEnd LineReader::readLine(std::string& out) {
   for (;;) {
     if (begin_ == end_ && !fill()) return LineEnd::kNone;
-    const char* start = buffer_.data() + begin_;
+    const char* start = buffer_.get() + begin_;
     const void* cr = std::memchr(start, '\r', end_ - begin_);
     if (cr == nullptr) {
       // The line runs over the end of the buffer.
@@ -102,7 +111,7 @@ TAGWRIGHT_VECTOR_CLONES bool holdsLoneCr(const char* bytes, std::size_t n) {
 // in CR LF: such a run is its own chunk form and is copied whole. 0 when
 // there is none.
 std::size_t LineReader::wholeCrLfLines(std::size_t wanted) const {
-  const std::string_view rest(buffer_.data() + begin_, end_ - begin_);
+  const std::string_view rest(buffer_.get() + begin_, end_ - begin_);
   if (rest.size() < 2) return 0;
   // A CR at `wanted` - 2 or later ends a run of at least `wanted` bytes.
   const std::size_t from = wanted >= 2 ? wanted - 2 : 0;
@@ -122,12 +131,12 @@ void LineReader::readLineAnyEnd(std::string& out, std::vector<std::size_t>& adde
       out.append("\r\n");
       return;
     }
-    const char* start = buffer_.data() + begin_;
+    const char* start = buffer_.get() + begin_;
     if (nextCr_ == kUnknown || nextCr_ < begin_) {
       const void* cr = std::memchr(start, '\r', end_ - begin_);
       nextCr_ = cr == nullptr
                     ? end_
-                    : static_cast<std::size_t>(static_cast<const char*>(cr) - buffer_.data());
+                    : static_cast<std::size_t>(static_cast<const char*>(cr) - buffer_.get());
     }
     const std::size_t beforeCr = nextCr_ - begin_;
     const void* lf = std::memchr(start, '\n', beforeCr);
@@ -163,7 +172,7 @@ std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
   // a time: the LFs of a block are found at once, and the pieces between them
   // are copied with a CR put in front of each LF. A line whose copy would run
   // past the room made here is left to readLineAnyEnd.
-  const char* const stop = buffer_.data() + nextCr_;
+  const char* const stop = buffer_.get() + nextCr_;
   const std::size_t base = out.size();
   // No more than the bytes before the next CR can become, each at most two.
   const std::size_t wanted = untilSize > base ? untilSize - base : 0;
@@ -171,7 +180,7 @@ std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
   out.resize(base + room + kOutputSlack);
   char* const outStart = out.data();
   char* const roomEnd = outStart + base + room;
-  const char* block = buffer_.data() + begin_;
+  const char* block = buffer_.get() + begin_;
   char* to = outStart + base;
   const char* lineSource = block;  // where the line being copied begins
   char* lineTarget = to;
@@ -204,7 +213,7 @@ std::size_t LineReader::appendLfLines(std::string& out, std::size_t untilSize,
   }
 done:
   out.resize(static_cast<std::size_t>(lineTarget - outStart));
-  begin_ = static_cast<std::size_t>(lineSource - buffer_.data());
+  begin_ = static_cast<std::size_t>(lineSource - buffer_.get());
   return lines;
 }
 
@@ -218,7 +227,7 @@ void LineReader::readLines(std::string& out, std::size_t untilSize, LineEnds lin
   }
   while (out.size() < untilSize && !endOfFile()) {
     if (std::size_t run = wholeCrLfLines(untilSize - out.size()); run > 0) {
-      out.append(buffer_.data() + begin_, run);
+      out.append(buffer_.get() + begin_, run);
       begin_ += run;
       continue;
     }

@@ -2,6 +2,7 @@
 #define TAGWRIGHT_PLATFORM_LINE_READER_H_
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -55,7 +56,11 @@ class LineReader {
                             std::vector<std::size_t>& addedLineEnds);
 
   ByteSource& source_;
-  std::string buffer_;
+  // Made at the first read and not zero-filled: a reader is made for every
+  // document opened, and most documents are much shorter than the buffer.
+  std::unique_ptr<char[]> buffer_;
+  const std::size_t capacity_;
+  bool readBefore_ = false;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
   // The first CR at or after begin_ in the buffer, end_ when there is none,

@@ -46,7 +46,9 @@ class Platform {
   // Fails for anything but a plain file (links followed): a device or a FIFO
   // could block, never end, or be replaced by a rewrite.
   virtual void openForInput(Int16 fileNumber, TextView path) = 0;
-  // Creates the file, or empties it if it exists.
+  // Creates the file, which must not exist yet: a file of that name fails
+  // with Failure::Kind::kFileExists and is left as it is, so that two
+  // writers that chose one name never write into one file.
   virtual void openForOutput(Int16 fileNumber, TextView path) = 0;
   // Appends whole lines to `bytes`, each followed by CR LF in place of its
   // line end, until `bytes` holds at least `untilSize` bytes or nothing is

@@ -219,18 +219,20 @@ std::vector<std::string> matchingHostPaths(TextView pattern, bool missingFolderI
 
 // Opens a plain file for reading without waiting on a FIFO or taking a
 // terminal; the name is tested before, so that no device is even opened, and
-// what was opened after, since the name may have changed in between.
-int openPlainFile(const std::string& path) {
+// what was opened after, since the name may have changed in between. Sets
+// `size` to the file's length. O_NONBLOCK stays set: it changes nothing for
+// the plain file that was opened.
+int openPlainFile(const std::string& path, std::uint64_t& size) {
   struct stat st;
   if (::stat(path.c_str(), &st) != 0) failWithErrno();
   if (!S_ISREG(st.st_mode)) throw Failure(Failure::Kind::kFileAccess);
   int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   if (fd < 0) failWithErrno();
-  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) ||
-      ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
     ::close(fd);
     throw Failure(Failure::Kind::kFileAccess);
   }
+  size = static_cast<std::uint64_t>(st.st_size);
   return fd;
 }
 
@@ -280,18 +282,14 @@ class PosixPlatform : public Platform {
       openStreamed(fileNumber);
       return;
     }
-    int fd = openPlainFile(host);
-    struct stat st;
-    if (::fstat(fd, &st) != 0) {
-      ::close(fd);
-      failWithErrno();
-    }
-    openUnder(fileNumber, fd, false, static_cast<std::uint64_t>(st.st_size));
+    std::uint64_t size = 0;
+    int fd = openPlainFile(host, size);
+    openUnder(fileNumber, fd, false, size);
   }
 
   void openForOutput(Int16 fileNumber, TextView path) override {
     std::string host = hostPath(path);
-    int fd = ::open(host.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    int fd = ::open(host.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) failWithErrno();
     openUnder(fileNumber, fd, true, 0);
   }
@@ -436,8 +434,9 @@ class PosixPlatform : public Platform {
     const std::string host = hostPath(path);
     for (;;) {
       std::unique_ptr<DescriptorLock> lock;
+      std::uint64_t size = 0;
       try {
-        lock = std::make_unique<DescriptorLock>(openPlainFile(host));
+        lock = std::make_unique<DescriptorLock>(openPlainFile(host, size));
       } catch (const Failure&) {
         return nullptr;
       }

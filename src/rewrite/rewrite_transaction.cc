@@ -33,9 +33,12 @@ void RewriteTransaction::begin() {
   tempName_ = folderPart_ + U"~" + stamp + U".tmp";
 
   if (nameTaken(platform_, tempName_)) throw Failure::numbered(60002);
-  ownsTempFile_ = true;
+  // The creation is exclusive: a writer that took the name since it was
+  // checked (another process, or another rewrite of a batch in the same
+  // second) makes it fail alike, and that writer's file is not ours to delete.
   outputFileNumber_ = openDocumentFile(platform_, tempName_, true);
   if (outputFileNumber_ == 0) throw Failure::numbered(60002);
+  ownsTempFile_ = true;
   // Before any text goes in: a private document's new text is never readable
   // by others, not even while it is written.
   platform_.copyAttributes(target_, tempName_);

@@ -91,7 +91,11 @@ std::string SiteContext::MapPath(const std::string& path) {
     }
     result.push_back(segment);
   }
-  if (!followLinksOut_ && !startsWith(resolved(joined(result)), resolvedRoot_)) refuse();
+  // Every path lies inside the root "/": its links need not be followed.
+  const bool rootHoldsAll = resolvedRoot_.empty();
+  if (!followLinksOut_ && !rootHoldsAll && !startsWith(resolved(joined(result)), resolvedRoot_)) {
+    refuse();
+  }
   std::string host = joined(result);
   if (!result.empty() && !path.empty() && path.back() == '/') host += "/";
   return toUtf8(physicalPathOf(host));

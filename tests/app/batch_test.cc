@@ -91,6 +91,51 @@ TEST(Batch, CommandLines) {
   }
 }
 
+std::vector<std::string> lines(const std::string& text);
+
+// A dry run and the per-part objects print for each document what a single
+// call prints for it, the parts with "document" added; a dry run changes
+// nothing, and a failure does not stop the others.
+TEST(Batch, DryRunAndPartsAsSingleCalls) {
+  const std::vector<std::string> documents = {"a.htm", "none.htm", "b/c.htm"};
+  const Args forms[] = {
+      {"write", "--element-name", "footer", "--new-content", "N", "--dry-run"},
+      {"write", "--element-name", "footer", "--new-content", "N", "--json-lines"},
+      {"read", "--element-name", "title", "--json-lines"},
+  };
+  for (const Args& form : forms) {
+    SCOPED_TRACE(testing::PrintToString(form));
+    TempFolder batchSite, singleSite;
+    writeSite(batchSite);
+    writeSite(singleSite);
+    Args arguments = form;
+    arguments.insert(arguments.begin() + 1, documents.begin(), documents.end());
+    HostRun batch = runProgram(arguments, {.workingFolder = batchSite.host()});
+    EXPECT_EQ(batch.status, 1) << batch.err;
+    EXPECT_NE(batch.err.find("tagwright: none.htm: ERROR: Cannot open document file"),
+              std::string::npos)
+        << batch.err;
+    std::string expected;
+    for (const std::string& document : documents) {
+      Args single = form;
+      single.insert(single.begin() + 1, document);
+      const std::string out = runProgram(single, {.workingFolder = singleSite.host()}).out;
+      const bool parts = form.back() == "--json-lines";
+      for (const std::string& line : lines(out)) {
+        if (!line.empty())
+          expected +=
+              (parts ? "{\"document\":\"" + document + "\"," + line.substr(1) : line) + "\n";
+      }
+    }
+    EXPECT_EQ(batch.out, expected);
+    if (form.back() == "--dry-run") {
+      EXPECT_NE(batch.out.find("+++ b/b/c.htm"), std::string::npos);
+      EXPECT_EQ(batchSite.read("b/c.htm"), page(2));
+      EXPECT_FALSE(std::filesystem::exists(batchSite.host("a.bak")));
+    }
+  }
+}
+
 // Pages of varied lengths and line ends, with and without the element, one
 // that is private and one reached through a link.
 void writeVariedSite(const TempFolder& site, int pages) {

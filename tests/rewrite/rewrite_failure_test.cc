@@ -44,15 +44,21 @@ TEST(RewriteFailure, MissingCloseMarkerLeavesTheDocument) {
   EXPECT_EQ(onDisk(platform), std::pair(std::string("<%a%>\r\n<%old\r\ntail"), kPrevious));
 }
 
-// Another rewrite of the same second may own a file of the temporary name:
-// it is neither emptied nor deleted.
+// Another rewrite of the same second may own a file of the temporary name,
+// made before the name was checked or between the check and the creation:
+// either way it is neither emptied nor deleted, and the rewrite fails alike.
 TEST(RewriteFailure, TemporaryNameTaken) {
-  FakePlatform platform = prepared();
-  platform.files["/~11190043514375.tmp"] = "another rewrite's text";
-  EXPECT_EQ(write(platform, {}), (Outcome{kOpenOutput, -1}));
-  EXPECT_EQ(platform.files["/~11190043514375.tmp"], "another rewrite's text");
-  platform.files.erase("/~11190043514375.tmp");
-  EXPECT_EQ(onDisk(platform), std::pair(kBefore, kPrevious));
+  for (const char* takenBefore : {"firstMatchingFile", "openForOutput"}) {
+    SCOPED_TRACE(takenBefore);
+    FakePlatform platform = prepared();
+    platform.beforeCall = [&](const std::string& call) {
+      if (call == takenBefore) platform.files.try_emplace("/~11190043514375.tmp", "theirs");
+    };
+    EXPECT_EQ(write(platform, {}), (Outcome{kOpenOutput, -1}));
+    EXPECT_EQ(platform.files["/~11190043514375.tmp"], "theirs");
+    platform.files.erase("/~11190043514375.tmp");
+    EXPECT_EQ(onDisk(platform), std::pair(kBefore, kPrevious));
+  }
 }
 
 // Counts the calls of a rewrite, then fails each in turn, with either kind of

@@ -7,10 +7,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <random>
 #include <thread>
 
 #include "files/rename_file.h"
+#include "platform/host_path.h"
 #include "platform/platform.h"
+#include "platform/platform_wrapper.h"
 #include "support/program.h"
 #include "support/requests.h"
 #include "support/temp_folder.h"
@@ -72,6 +78,27 @@ TEST(RewritePosix, RenameNeverReplaces) {
   EXPECT_TRUE(renameFile(systemPlatform(), path("a.htm"), path("b.htm")));
   EXPECT_EQ(folder.names(), (std::set<std::string>{"a.bak", "b.htm"}));
   EXPECT_EQ(folder.read("a.bak"), "b");
+}
+
+// Another writer takes the temporary name right after the rewrite found it
+// free: the creation fails rather than share that writer's file.
+TEST(RewritePosix, TemporaryNameTakenAfterTheCheck) {
+  struct Racing : PlatformWrapper {
+    using PlatformWrapper::PlatformWrapper;
+    bool firstMatchingFile(TextView pattern) override {
+      std::ofstream(hostPath(pattern), std::ios::binary) << "theirs";
+      taken = hostPath(pattern);
+      return false;
+    }
+    std::string taken;
+  } racing(systemPlatform());
+  TempFolder folder;
+  folder.write("page.htm", "<%a%>");
+  EXPECT_EQ(write(racing, {.document = folder.physical("page.htm"), .newContent = "b"}, 0),
+            (Outcome{"ERROR: Cannot open output file to write new content.", -1}));
+  std::ifstream taken(racing.taken, std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(taken), {}), "theirs");
+  EXPECT_EQ(folder.read("page.htm"), "<%a%>");
 }
 
 // Killed at any moment, a rewrite leaves the whole former document or the

@@ -28,6 +28,9 @@ class FakePlatform : public Platform {
   double random = 0.4375;
   bool hardLinks = true;
   std::vector<std::string> calls;
+  // Called as each call begins, with its name: lets a test change the files
+  // between two calls, as another process could.
+  std::function<void(const std::string& call)> beforeCall;
 
   // Power cut: when call number `crashAtCall` begins, `crashImage` becomes
   // the files as a power cut would leave them: a file written or made since
@@ -65,7 +68,8 @@ class FakePlatform : public Platform {
   void openForOutput(Int16 fileNumber, TextView path) override {
     enter("openForOutput");
     std::string host = hostPath(path);
-    files[host].clear();
+    if (files.contains(host)) throw Failure(Failure::Kind::kFileExists);
+    files[host];
     unsynced_.insert(host);
     open_[fileNumber.value()] = {.path = host, .bytes = ""};
   }
@@ -184,6 +188,7 @@ class FakePlatform : public Platform {
 
   // Logs the call and throws when it is the one to fail.
   void enter(const std::string& name) {
+    if (beforeCall) beforeCall(name);
     calls.push_back(name);
     if (static_cast<int>(calls.size()) == crashAtCall) {
       crashImage = files;
