@@ -40,7 +40,8 @@ struct Answer {
 // and the server on a free loopback port until the end of the scope.
 class ServedSite {
  public:
-  explicit ServedSite(bool publicRead = false, int idleSeconds = 5, int requestSeconds = 5) {
+  explicit ServedSite(bool publicRead = false, int idleSeconds = 5, int requestSeconds = 5,
+                      int threads = 6) {
     folder_.write("site/page.htm", kPage);
     folder_.write("site/images/a.png", "A");
     folder_.write("site/images/b.png", "B");
@@ -52,7 +53,7 @@ class ServedSite {
     EXPECT_NE(::realpath(folder_.host("site").c_str(), root), nullptr);
     ServeOptions options;
     options.publicRead = publicRead;
-    options.threads = 6;
+    options.threads = threads;
     options.maxBodyBytes = 4096;
     options.timeoutSeconds = idleSeconds;
     options.requestTimeoutSeconds = requestSeconds;
@@ -344,6 +345,23 @@ TEST(SiteServer, DropsSlowAndIdleClients) {
     EXPECT_LT(spent.count(), 3.0);
     ::close(fd);
   }
+}
+
+// With its one worker holding a kept-alive connection and its waiting line
+// full, the server turns the next client away at once instead of queuing it.
+TEST(SiteServer, TurnsAwayClientsBeyondTheWaitingLine) {
+  ServedSite site(/*publicRead=*/true, 5, 5, /*threads=*/1);
+  int kept = site.connected();
+  const std::string request = "GET /page.htm HTTP/1.1\r\nHost: x\r\n\r\n";
+  ::send(kept, request.data(), request.size(), MSG_NOSIGNAL);
+  char buffer[4096];
+  ASSERT_GT(::recv(kept, buffer, sizeof buffer, 0), 0);  // the worker now waits on it
+  int waiting = site.connected();
+  Answer turnedAway = site.call("GET", "/page.htm");
+  EXPECT_EQ(turnedAway.status, 503) << turnedAway.head;
+  EXPECT_NE(turnedAway.body.find("too busy"), std::string::npos);
+  ::close(kept);
+  ::close(waiting);
 }
 
 // Requests sent together on one kept-alive connection are answered in turn.
