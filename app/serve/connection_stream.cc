@@ -77,6 +77,9 @@ ssize_t ConnectionStream::read(char* ptr, size_t size) {
       }
       if (errno == EINTR) continue;
       if (errno != EAGAIN && errno != EWOULDBLOCK) return -1;
+      // What the client may wait for before it sends more (a "100 Continue")
+      // must not stay gathered here.
+      if (!flush()) return -1;
       if (!waitFor(POLLIN, deadline_)) {
         expired_ = Clock::now() >= deadline_;
         return -1;
