@@ -47,6 +47,12 @@ bool BoundedServer::process_and_close_socket(socket_t sock) {
     // Every worker is busy and the waiting line is full: say so at once,
     // without waiting on this client, and take the next connection.
     ::send(sock, kTurnedAway.data(), kTurnedAway.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    // A request left unread would make the close a reset, which may reach
+    // the client before the answer does.
+    ::shutdown(sock, SHUT_WR);
+    char unread[4096];
+    for (int i = 0; i < 16 && ::recv(sock, unread, sizeof unread, MSG_DONTWAIT) > 0; ++i) {
+    }
   } else {
     ConnectionStream stream(sock, bounds_.idle);
     for (std::size_t left = keep_alive_max_count_; left > 0 && is_running(); --left) {
