@@ -30,8 +30,15 @@ CLI::App* addServeCommand(CLI::App& app, ServeOptions& options) {
       ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 30))
       ->capture_default_str();
   serve
-      ->add_option("--timeout", options.timeoutSeconds,
-                   "seconds a client may stay silent or idle before it is dropped")
+      ->add_option(
+          "--timeout", options.timeoutSeconds,
+          "seconds a connection may wait idle for its next request, or take to receive an answer")
+      ->check(CLI::Range(1, 3600))
+      ->capture_default_str();
+  serve
+      ->add_option("--request-timeout", options.requestTimeoutSeconds,
+                   "seconds within which the whole of a request (line, headers, body) must "
+                   "arrive, however the client spaces its bytes")
       ->check(CLI::Range(1, 3600))
       ->capture_default_str();
   return serve;

@@ -16,7 +16,8 @@ struct ServeOptions {
   bool publicRead = false;
   int threads = 16;
   std::size_t maxBodyBytes = 1 << 20;
-  int timeoutSeconds = 5;
+  int timeoutSeconds = 5;          // idle before a next request, and per answer sent
+  int requestTimeoutSeconds = 20;  // for the whole of one request to arrive
 };
 
 // Adds the `serve` subcommand with its options to `app`.

@@ -12,6 +12,7 @@
 
 #include "json_answer.h"
 #include "serve/api_parameters.h"
+#include "serve/bounded_server.h"
 #include "serve/content_types.h"
 
 namespace tagwright {
@@ -24,8 +25,15 @@ constexpr const char* kTimingHeader = "Server-Timing";
 
 using Clock = std::chrono::steady_clock;
 
-void answerJson(httplib::Response& response, const std::string& json) {
-  response.set_content(json + "\n", "application/json");
+// The body is moved in: httplib's set_content would copy it.
+void answerWith(httplib::Response& response, std::string&& body, std::string contentType) {
+  response.body = std::move(body);
+  response.set_header("Content-Type", std::move(contentType));
+}
+
+void answerJson(httplib::Response& response, std::string json) {
+  json += '\n';
+  answerWith(response, std::move(json), "application/json");
 }
 
 void refuse(httplib::Response& response, int status, const std::string& message) {
@@ -103,8 +111,13 @@ SiteServer::SiteServer(const ServeOptions& options, std::string resolvedRoot, st
     : options_(options),
       confinement_(std::move(resolvedRoot)),
       token_(std::move(token)),
-      log_(log),
-      http_(std::make_unique<httplib::Server>()) {
+      log_(log) {
+  BoundedServer::Bounds bounds;
+  bounds.request = std::chrono::seconds(options_.requestTimeoutSeconds);
+  bounds.idle = std::chrono::seconds(options_.timeoutSeconds);
+  bounds.workers = static_cast<std::size_t>(options_.threads);
+  bounds.waiting = static_cast<std::size_t>(options_.threads);
+  http_ = std::make_unique<BoundedServer>(bounds);
   route();
 }
 
@@ -112,7 +125,7 @@ SiteServer::~SiteServer() = default;
 
 std::string SiteServer::start() {
   try {
-    giveBack(borrowInstance());
+    Lease first(*this);
   } catch (const std::exception& error) {
     return std::string("cannot start: ") + error.what();
   }
@@ -124,39 +137,32 @@ int SiteServer::bind(const std::string& address, int port) {
   return http_->bind_to_port(address, port) ? port : -1;
 }
 
-bool SiteServer::run() { return http_->listen_after_bind(); }
+bool SiteServer::run() { return http_->serve(); }
 
-void SiteServer::stop() { http_->stop(); }
+void SiteServer::stop() { http_->halt(); }
 
-std::unique_ptr<Tagwright> SiteServer::borrowInstance() {
+SiteServer::Lease::Lease(SiteServer& server) : server_(server) {
   {
-    std::lock_guard<std::mutex> guard(poolMutex_);
-    if (!idle_.empty()) {
-      std::unique_ptr<Tagwright> instance = std::move(idle_.back());
-      idle_.pop_back();
-      return instance;
+    std::lock_guard<std::mutex> guard(server_.poolMutex_);
+    if (!server_.idle_.empty()) {
+      instance_ = std::move(server_.idle_.back());
+      server_.idle_.pop_back();
+      return;
     }
   }
-  auto instance = std::make_unique<Tagwright>();
-  instance->OnStartPage(confinement_.context());
-  return instance;
+  instance_ = std::make_unique<Tagwright>();
+  instance_->OnStartPage(server_.confinement_.context());
 }
 
-void SiteServer::giveBack(std::unique_ptr<Tagwright> instance) {
-  std::lock_guard<std::mutex> guard(poolMutex_);
-  idle_.push_back(std::move(instance));
+SiteServer::Lease::~Lease() {
+  std::lock_guard<std::mutex> guard(server_.poolMutex_);
+  server_.idle_.push_back(std::move(instance_));
 }
 
 void SiteServer::route() {
-  httplib::Server& http = *http_;
-  http.new_task_queue = [threads = options_.threads] {
-    return new httplib::ThreadPool(static_cast<std::size_t>(threads));
-  };
+  BoundedServer& http = *http_;
   http.set_payload_max_length(options_.maxBodyBytes);
-  http.set_read_timeout(options_.timeoutSeconds);
-  http.set_write_timeout(options_.timeoutSeconds);
-  http.set_keep_alive_timeout(options_.timeoutSeconds);
-  http.set_keep_alive_max_count(1000);
+  http.set_keep_alive_max_count(100000);
   http.set_tcp_nodelay(true);
 
   auto timed = [this](Handler handler) {
@@ -175,6 +181,14 @@ void SiteServer::route() {
       refuseMethod(response, "GET, HEAD");
     }
   };
+  http.set_pre_routing_handler(
+      [this, timed](const httplib::Request& request, httplib::Response& response) {
+        Handler handler = directHandler(request);
+        if (handler == nullptr) return httplib::Server::HandlerResponse::Unhandled;
+        timed(handler)(request, response);
+        return httplib::Server::HandlerResponse::Handled;
+      });
+  // The patterns serve what the direct dispatch leaves: requests with a body.
   http.Get(api + "read", timed(&SiteServer::readOperation));
   http.Get(api + "meta", timed(&SiteServer::metaOperation));
   http.Get(api + "list", timed(&SiteServer::listOperation));
@@ -201,6 +215,29 @@ void SiteServer::route() {
   http.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
     logRequest(request, response);
   });
+}
+
+SiteServer::Handler SiteServer::directHandler(const httplib::Request& request) const {
+  // A body not yet read would be taken for the next request of the
+  // connection: httplib reads it only on the way to the patterns.
+  if (request.method != "GET" && request.method != "HEAD") return nullptr;
+  if (request.has_header("Content-Length") || request.has_header("Transfer-Encoding")) {
+    return nullptr;
+  }
+  constexpr std::string_view kEditor = "/_tagwright/";
+  std::string_view path = request.path;
+  if (!path.starts_with(kEditor)) return &SiteServer::siteFile;
+  if (!path.starts_with(kApi)) return &SiteServer::editorFile;
+  std::string_view operation = path.substr(std::string_view(kApi).size());
+  if (operation == "read") return &SiteServer::readOperation;
+  if (operation == "meta") return &SiteServer::metaOperation;
+  if (operation == "list") return &SiteServer::listOperation;
+  if (operation == "write") return &SiteServer::writeOnlyByPost;
+  return &SiteServer::editorFile;
+}
+
+void SiteServer::writeOnlyByPost(const httplib::Request&, httplib::Response& response) {
+  refuseMethod(response, "POST");
 }
 
 bool SiteServer::authorized(const httplib::Request& request, bool write) const {
@@ -239,7 +276,7 @@ void SiteServer::readOperation(const httplib::Request& request, httplib::Respons
   if (!parameters) return refuse(response, 400, refusal);
   const std::string doc = parameters->text("doc", "");
   if (refusedName(confinement_.name(doc), response)) return;
-  std::unique_ptr<Tagwright> instance = borrowInstance();
+  Lease instance(*this);
   int matches = 0;
   std::string result = instance->readXPointer(
       doc, parameters->text("element-name", "#element"), parameters->text("attribute-name", "*"),
@@ -247,7 +284,6 @@ void SiteServer::readOperation(const httplib::Request& request, httplib::Respons
       parameters->number("count-instances", 0), parameters->text("content-type", "innerMarkup"),
       parameters->text("span-function", ""), parameters->text("string-function", ""),
       parameters->text("separator", ""), &matches);
-  giveBack(std::move(instance));
   answerJson(response, textAnswerJson(result, matches));
 }
 
@@ -261,13 +297,12 @@ void SiteServer::metaOperation(const httplib::Request& request, httplib::Respons
   if (!parameters) return refuse(response, 400, refusal);
   const std::string doc = parameters->text("doc", "");
   if (refusedName(confinement_.name(doc), response)) return;
-  std::unique_ptr<Tagwright> instance = borrowInstance();
+  Lease instance(*this);
   int matches = 0;
   std::string result = instance->readMetaContent(
       doc, parameters->text("meta-name", "*"), parameters->number("start-instance", 1),
       parameters->number("count-instances", 0), parameters->text("equals", "$eq$"),
       parameters->text("separator", ""), &matches);
-  giveBack(std::move(instance));
   answerJson(response, textAnswerJson(result, matches));
 }
 
@@ -281,11 +316,10 @@ void SiteServer::listOperation(const httplib::Request& request, httplib::Respons
   const std::string pattern = parameters->text("pattern", "*.*");
   if (refusedName(Confinement::pattern(pattern), response)) return;
   if (refusedName(confinement_.name(folder), response)) return;
-  std::unique_ptr<Tagwright> instance = borrowInstance();
+  Lease instance(*this);
   int matches = 0;
   std::string result =
       instance->fileListing(folder, pattern, parameters->text("separator", ""), &matches);
-  giveBack(std::move(instance));
   answerJson(response, textAnswerJson(result, matches));
 }
 
@@ -301,7 +335,7 @@ void SiteServer::writeOperation(const httplib::Request& request, httplib::Respon
   const std::string doc = parameters->text("doc", "");
   Confinement::Verdict verdict = confinement_.name(doc);
   if (refusedName(verdict, response)) return;
-  std::unique_ptr<Tagwright> instance = borrowInstance();
+  Lease instance(*this);
   std::string errorResult;
   int count;
   {
@@ -315,7 +349,6 @@ void SiteServer::writeOperation(const httplib::Request& request, httplib::Respon
         parameters->text("content-type", "innermarkup"), parameters->text("span-function", ""),
         parameters->text("separator", ""), &errorResult);
   }
-  giveBack(std::move(instance));
   answerJson(response, writeAnswerJson(count, errorResult));
 }
 
@@ -343,7 +376,7 @@ void SiteServer::siteFile(const httplib::Request& request, httplib::Response& re
   std::optional<std::string> bytes;
   if (::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode)) bytes = fileBytes(file);
   if (!bytes) return refuse(response, 404, "not found");
-  response.set_content(std::move(*bytes), std::string(contentTypeOf(file)));
+  answerWith(response, std::move(*bytes), std::string(contentTypeOf(file)));
 }
 
 void SiteServer::editorFile(const httplib::Request& request, httplib::Response& response) {

@@ -12,7 +12,6 @@
 #include "tagwright/tagwright.h"
 
 namespace httplib {
-class Server;
 struct Request;
 struct Response;
 }  // namespace httplib
@@ -21,8 +20,10 @@ namespace tagwright {
 
 // The HTTP page host of one site folder: its files as a static server gives
 // them, the four operations as an API, and the editor page. Each request
-// borrows an instance of the component from a pool, so reads run in
+// leases an instance of the component from a pool, so reads run in
 // parallel; rewrites of one document take its write lock.
+class BoundedServer;
+
 class SiteServer {
  public:
   // REQUIRES: `resolvedRoot` is the real path of an existing folder, `token`
@@ -43,18 +44,34 @@ class SiteServer {
  private:
   using Handler = void (SiteServer::*)(const httplib::Request&, httplib::Response&);
 
+  // An instance of the component for one request, back in the pool when the
+  // lease ends.
+  class Lease {
+   public:
+    explicit Lease(SiteServer& server);
+    ~Lease();
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+    Tagwright* operator->() const { return instance_.get(); }
+
+   private:
+    SiteServer& server_;
+    std::unique_ptr<Tagwright> instance_;
+  };
+
   void route();
+  // The handler of a request without a body to the fixed paths, found
+  // without httplib's patterns; null for any other request.
+  Handler directHandler(const httplib::Request& request) const;
   bool authorized(const httplib::Request& request, bool write) const;
   void readOperation(const httplib::Request& request, httplib::Response& response);
   void metaOperation(const httplib::Request& request, httplib::Response& response);
   void listOperation(const httplib::Request& request, httplib::Response& response);
   void writeOperation(const httplib::Request& request, httplib::Response& response);
+  void writeOnlyByPost(const httplib::Request& request, httplib::Response& response);
   void siteFile(const httplib::Request& request, httplib::Response& response);
   void editorFile(const httplib::Request& request, httplib::Response& response);
   void logRequest(const httplib::Request& request, const httplib::Response& response);
-
-  std::unique_ptr<Tagwright> borrowInstance();
-  void giveBack(std::unique_ptr<Tagwright> instance);
 
   ServeOptions options_;
   Confinement confinement_;
@@ -63,7 +80,7 @@ class SiteServer {
   std::mutex logMutex_;
   std::mutex poolMutex_;
   std::vector<std::unique_ptr<Tagwright>> idle_;
-  std::unique_ptr<httplib::Server> http_;
+  std::unique_ptr<BoundedServer> http_;
 };
 
 }  // namespace tagwright

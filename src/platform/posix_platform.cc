@@ -113,9 +113,16 @@ class BackgroundSync {
   int error_ = 0;
 };
 
+// The read buffer of a file: the whole file and the read that finds its end
+// when it is small, so that a small page costs no large buffer, up to a cap.
+std::size_t readBufferFor(std::uint64_t size) {
+  constexpr std::uint64_t kSmallest = 4096, kLargest = kReadBufferSize;
+  return static_cast<std::size_t>(std::clamp<std::uint64_t>(size + 1, kSmallest, kLargest));
+}
+
 struct OpenFile {
-  explicit OpenFile(int descriptor)
-      : fd(descriptor), source(descriptor), reader(source, kReadBufferSize) {}
+  OpenFile(int descriptor, std::uint64_t size)
+      : fd(descriptor), source(descriptor), reader(source, readBufferFor(size)) {}
   ~OpenFile() {
     backgroundSync.wait();
     if (fd >= 0) ::close(fd);
@@ -163,7 +170,7 @@ OpenFile& fileOf(Int16 fileNumber) {
 }
 
 void openUnder(Int16 fileNumber, int fd, bool forOutput, std::uint64_t size) {
-  auto file = std::make_unique<OpenFile>(fd);
+  auto file = std::make_unique<OpenFile>(fd, size);
   file->forOutput = forOutput;
   file->inputSize = size;
   threadFiles[fileNumber.value()] = std::move(file);

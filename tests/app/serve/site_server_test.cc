@@ -7,12 +7,14 @@
 #include <gtest/gtest.h>
 #include <limits.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -38,7 +40,8 @@ struct Answer {
 // and the server on a free loopback port until the end of the scope.
 class ServedSite {
  public:
-  explicit ServedSite(bool publicRead = false, int timeoutSeconds = 5) {
+  explicit ServedSite(bool publicRead = false, int idleSeconds = 5, int requestSeconds = 5,
+                      int threads = 6) {
     folder_.write("site/page.htm", kPage);
     folder_.write("site/images/a.png", "A");
     folder_.write("site/images/b.png", "B");
@@ -50,9 +53,10 @@ class ServedSite {
     EXPECT_NE(::realpath(folder_.host("site").c_str(), root), nullptr);
     ServeOptions options;
     options.publicRead = publicRead;
-    options.threads = 6;
+    options.threads = threads;
     options.maxBodyBytes = 4096;
-    options.timeoutSeconds = timeoutSeconds;
+    options.timeoutSeconds = idleSeconds;
+    options.requestTimeoutSeconds = requestSeconds;
     server_ = std::make_unique<SiteServer>(options, root, kToken, log_);
     EXPECT_EQ(server_->start(), "");
     port_ = server_->bind("127.0.0.1", 0);
@@ -285,18 +289,76 @@ TEST(SiteServer, ConcurrentWritesToOneDocumentTakeTurns) {
   EXPECT_TRUE(whole(*site.folder().read("site/page.bak")));
 }
 
-TEST(SiteServer, DropsAnIdleClient) {
-  ServedSite site(false, /*timeoutSeconds=*/1);
-  int fd = site.connected();
-  ::send(fd, "GET /page.htm HTTP/1.1\r\n", 24, MSG_NOSIGNAL);
-  timeval limit{10, 0};
-  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-  char buffer[512];
-  ssize_t received;
-  while ((received = ::recv(fd, buffer, sizeof buffer, 0)) > 0) {
+// A client that stays silent is dropped after the idle bound; one that
+// sends a byte now and then, each long before the idle bound, is dropped
+// when the whole request has not arrived within the request bound.
+TEST(SiteServer, DropsSlowAndIdleClients) {
+  using Clock = std::chrono::steady_clock;
+  const struct {
+    const char* name;
+    int idleSeconds, requestSeconds;
+    std::string start;
+    bool drip;
+  } cases[] = {
+      {"silent", 1, 30, "", false},
+      {"silent after the request line", 30, 1, "GET /page.htm HTTP/1.1\r\n", false},
+      {"dripping a header", 30, 1, "GET /page.htm HTTP/1.1\r\nX-Drip: ", true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    ServedSite site(false, c.idleSeconds, c.requestSeconds);
+    Clock::time_point begin = Clock::now();
+    int fd = site.connected();
+    ::send(fd, c.start.data(), c.start.size(), MSG_NOSIGNAL);
+    bool closed = false;
+    while (!closed && Clock::now() - begin < std::chrono::seconds(10)) {
+      pollfd watched{fd, POLLIN, 0};
+      if (::poll(&watched, 1, 150) > 0) {
+        char buffer[512];
+        closed = ::recv(fd, buffer, sizeof buffer, 0) <= 0;
+      } else if (c.drip) {
+        ::send(fd, "a", 1, MSG_NOSIGNAL);
+      }
+    }
+    std::chrono::duration<double> spent = Clock::now() - begin;
+    EXPECT_TRUE(closed);
+    EXPECT_GT(spent.count(), 0.8);
+    EXPECT_LT(spent.count(), 3.0);
+    ::close(fd);
   }
-  EXPECT_EQ(received, 0);  // closed by the server, not ended by our 10 s limit
-  ::close(fd);
+}
+
+// With its one worker holding a kept-alive connection and its waiting line
+// full, the server turns the next client away at once instead of queuing it.
+TEST(SiteServer, TurnsAwayClientsBeyondTheWaitingLine) {
+  ServedSite site(/*publicRead=*/true, 5, 5, /*threads=*/1);
+  int kept = site.connected();
+  const std::string request = "GET /page.htm HTTP/1.1\r\nHost: x\r\n\r\n";
+  ::send(kept, request.data(), request.size(), MSG_NOSIGNAL);
+  char buffer[4096];
+  ASSERT_GT(::recv(kept, buffer, sizeof buffer, 0), 0);  // the worker now waits on it
+  int waiting = site.connected();
+  Answer turnedAway = site.call("GET", "/page.htm");
+  EXPECT_EQ(turnedAway.status, 503) << turnedAway.head;
+  EXPECT_NE(turnedAway.body.find("too busy"), std::string::npos);
+  ::close(kept);
+  ::close(waiting);
+}
+
+// Requests sent together on one kept-alive connection are answered in turn.
+TEST(SiteServer, AnswersRequestsInTurnOnOneConnection) {
+  ServedSite site(/*publicRead=*/true);
+  const std::string read =
+      "GET /_tagwright/api/read?doc=/page.htm&element-name=p HTTP/1.1\r\nHost: x\r\n\r\n";
+  Answer answer =
+      site.send(read + read + "GET /page.htm HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+  std::string all = answer.head + "\r\n\r\n" + answer.body;
+  std::size_t answers = 0;
+  for (std::size_t at = 0; (at = all.find("HTTP/1.1 200 OK", at)) != std::string::npos; ++at) {
+    ++answers;
+  }
+  EXPECT_EQ(answers, 3u) << all;
+  EXPECT_TRUE(answer.body.ends_with(kPage)) << all;
 }
 
 }  // namespace

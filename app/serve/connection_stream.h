@@ -1,0 +1,62 @@
+#ifndef TAGWRIGHT_APP_SERVE_CONNECTION_STREAM_H_
+#define TAGWRIGHT_APP_SERVE_CONNECTION_STREAM_H_
+
+#include <httplib.h>
+
+#include <chrono>
+#include <string>
+
+namespace tagwright {
+
+// One client connection as httplib reads and writes it. Every read of a
+// request is bounded by that request's deadline, not by each receive, so a
+// client that drips bytes is cut off as surely as a silent one; writes are
+// gathered so that a small answer leaves in one send, and bounded too.
+class ConnectionStream final : public httplib::Stream {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  ConnectionStream(int fd, std::chrono::milliseconds writeBound);
+
+  // Waits up to `idle` for the first byte of a next request. False when none
+  // came, or when `wakeFd` became readable first (the server is stopping).
+  bool awaitRequest(std::chrono::milliseconds idle, int wakeFd);
+  // Every read from now on must be done by `deadline`.
+  void beginRequest(Clock::time_point deadline) { deadline_ = deadline; }
+  // True once a read ran into the deadline: the connection must end.
+  bool expired() const { return expired_; }
+  // Sends what was gathered; false when the client did not take it in time.
+  bool flush();
+
+  // read() and write() wait themselves, each up to its bound.
+  bool is_readable() const override { return true; }
+  bool is_writable() const override { return !broken_; }
+  ssize_t read(char* ptr, size_t size) override;
+  ssize_t write(const char* ptr, size_t size) override;
+  void get_remote_ip_and_port(std::string& ip, int& port) const override;
+  void get_local_ip_and_port(std::string& ip, int& port) const override;
+  socket_t socket() const override { return fd_; }
+
+ private:
+  // Waits until `events` are ready on the socket or `deadline` passes.
+  bool waitFor(short events, Clock::time_point deadline) const;
+  bool sendAll(const char* data, std::size_t size);
+
+  int fd_;
+  std::chrono::milliseconds writeBound_;
+  Clock::time_point deadline_ = Clock::time_point::max();
+  bool expired_ = false;
+  bool broken_ = false;
+  std::string input_;
+  std::size_t inputBegin_ = 0;
+  std::size_t inputEnd_ = 0;
+  std::string output_;
+  mutable std::string peerIp_;
+  mutable int peerPort_ = -1;
+  mutable std::string localIp_;
+  mutable int localPort_ = -1;
+};
+
+}  // namespace tagwright
+
+#endif  // TAGWRIGHT_APP_SERVE_CONNECTION_STREAM_H_
