@@ -32,6 +32,7 @@ one blank.
 """
 
 import hashlib
+import itertools
 import json
 import os
 import sys
@@ -207,17 +208,23 @@ def write_target(out, rng):
     return start, end
 
 
+def write_blocks(out, rng, size, write_block):
+    """Writes blocks until the page reaches `size`, the target among them once 95% is written;
+    returns the target's offsets."""
+    target = None
+    while out.offset < size:
+        if target is None and out.offset >= size * 95 // 100:
+            target = write_target(out, rng)
+        write_block()
+    return target
+
+
 def write_mixed(out, rng, size):
     out.emit('<!DOCTYPE html>\r\n<html lang="en">\r\n<head>\r\n<meta charset="utf-8">\r\n'
              "<title>Harbour news — %d MiB</title>\r\n</head>\r\n<body>\r\n"
              '<div class="page">\r\n' % (size >> 20))
-    target = None
-    number = 0
-    while out.offset < size:
-        if target is None and out.offset >= size * 95 // 100:
-            target = write_target(out, rng)
-        write_section(out, rng, number)
-        number += 1
+    numbers = itertools.count()
+    target = write_blocks(out, rng, size, lambda: write_section(out, rng, next(numbers)))
     out.emit("</div>\r\n</body>\r\n</html>\r\n")
     return target
 
@@ -277,10 +284,8 @@ def wrapped(runs, first_width):
 def write_inline(out, rng, size):
     out.emit("<!DOCTYPE html>\r\n<html>\r\n<head>\r\n<meta charset='utf-8'>\r\n"
              "<title>Inline-heavy page</title>\r\n</head>\r\n<body>\r\n")
-    target = None
-    while out.offset < size:
-        if target is None and out.offset >= size * 95 // 100:
-            target = write_target(out, rng)
+
+    def write_story():
         out.emit("<!-- story %d -->\r\n<div class='story'>\r\n<h2>%s</h2>\r\n"
                  % (rng.below(100000), inline_words(rng, 4)))
         for _ in range(2 + rng.below(4)):
@@ -290,6 +295,8 @@ def write_inline(out, rng, size):
             out.paragraph(tag, wrapped(runs, len(tag)))
             out.emit("\r\n")
         out.emit("</div>\r\n")
+
+    target = write_blocks(out, rng, size, write_story)
     out.emit("</body>\r\n</html>\r\n")
     return target
 
@@ -318,10 +325,8 @@ def p_words_tag(rng, phrasing=False):
 def write_ptags(out, rng, size):
     out.emit("<!DOCTYPE html>\r\n<html>\r\n<head><title>Tags that begin with p</title></head>"
              "\r\n<body>\r\n")
-    target = None
-    while out.offset < size:
-        if target is None and out.offset >= size * 95 // 100:
-            target = write_target(out, rng)
+
+    def write_widget():
         out.emit("<div class='widget'>\r\n<object data='/w/%d'>\r\n" % rng.below(5000))
         for _ in range(3 + rng.below(6)):
             out.emit("  %s\r\n" % p_words_tag(rng))
@@ -337,6 +342,8 @@ def write_ptags(out, rng, size):
             out.paragraph(rng.pick(["<p>", '<p class="caption">']), wrapped(runs, 3))
             out.emit("\r\n")
         out.emit("</div>\r\n")
+
+    target = write_blocks(out, rng, size, write_widget)
     out.emit("</body>\r\n</html>\r\n")
     return target
 
