@@ -115,8 +115,10 @@ class BackgroundSync {
 
 // The read buffer of a file: the whole file and the read that finds its end
 // when it is small, so that a small page costs no large buffer, up to a cap.
+// A size of 0 is also what a pipe tells: it gets the cap, not reads of 4 KiB.
 std::size_t readBufferFor(std::uint64_t size) {
   constexpr std::uint64_t kSmallest = 4096, kLargest = kReadBufferSize;
+  if (size == 0) return kLargest;
   return static_cast<std::size_t>(std::clamp<std::uint64_t>(size + 1, kSmallest, kLargest));
 }
 
