@@ -20,6 +20,7 @@ printed as such and never as a speed.
 """
 
 import argparse
+import atexit
 import datetime
 import hashlib
 import html
@@ -390,12 +391,24 @@ class Row:
         return self.page.bytes
 
 
-def run_task(task, page, tools, rounds, work, env):
+def output_folder(work):
+    """Where the tools write their results: a memory-backed folder when the machine has
+    one. Every tool writes megabytes of results in every round, and on a disk the kernel
+    writes them back some seconds later, in the middle of whichever tool runs then."""
+    shm = "/dev/shm"
+    if os.path.isdir(shm) and os.access(shm, os.W_OK):
+        return os.path.join(shm, "tagwright-compare-%d" % os.getpid())
+    return os.path.join(work, "runs")
+
+
+def run_task(task, page, tools, rounds, work, outputs, env):
     rows = [Row(tool, task, page) for tool in tools
             if task in tool.tasks and (tool.shapes is None or page.shape in tool.shapes)]
-    folder = os.path.join(work, "runs", "%dm-%s-%s" % (page.size_mib, page.shape, task))
+    name = "%dm-%s-%s" % (page.size_mib, page.shape, task)
+    folder = os.path.join(work, "runs", name)
     for row in rows:
-        os.makedirs(os.path.join(folder, slug(row.tool.name)), exist_ok=True)
+        for parent in (folder, os.path.join(outputs, name)):
+            os.makedirs(os.path.join(parent, slug(row.tool.name)), exist_ok=True)
     new_content = page.facts["new_content"]
 
     def run_row(row, checked):
@@ -409,7 +422,7 @@ def run_task(task, page, tools, rounds, work, env):
                 copy.flush()
                 os.fsync(copy.fileno())  # no write-back of the copy during the timed run
         run = run_pipeline(row.tool.command(task, path, new_content),
-                           os.path.join(tool_folder, "out"), env)
+                           os.path.join(outputs, name, slug(row.tool.name), "out"), env)
         output = path if task == "D" else run.stdout_path
         if checked:
             row.agreement, row.results = judge(row.tool, task, page, run, path)
@@ -703,12 +716,14 @@ def main():
         print("warning: %s is a %s build; its times say little" % (
             args.tagwright, build_type(args.tagwright)), file=sys.stderr)
     rows_by_task = []
+    outputs = output_folder(args.work)
+    atexit.register(shutil.rmtree, outputs, True)
     for page in pages:
         rounds = 2 if args.self_test else args.runs or DEFAULT_RUNS.get(page.size_mib, 3)
         for task in args.tasks:
             print("%s, task %s: %s ..." % (page.label, task, TASKS[task]),
                   file=sys.stderr, flush=True)
-            rows_by_task.append(run_task(task, page, tools, rounds, args.work, env))
+            rows_by_task.append(run_task(task, page, tools, rounds, args.work, outputs, env))
 
     report = "%s\n\n%s%s\n\n%s\n" % (
         machine_line(args.tagwright), "" if args.self_test else headline(rows_by_task, shapes),
