@@ -105,8 +105,7 @@ TEST(FileListing, CountBeyond32767) {
 }
 
 // The directory search of the system: plain files only, hidden names passed
-// over, in ascending order of their bytes; a missing folder lists nothing, one
-// that cannot be read fails.
+// over, in ascending order of their bytes; a missing folder lists nothing.
 TEST(FileListing, RealFolder) {
   TempFolder folder;
   for (const char* name :
@@ -125,9 +124,13 @@ TEST(FileListing, RealFolder) {
     EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(sub), mask}),
               (Outcome{text, text.empty() ? 0 : 3}));
   }
+}
+
+TEST(FileListing, RealFolderThatCannotBeRead) {
+  TempFolder folder;
   ::chmod(folder.host().c_str(), 0);
   if (::access(folder.host().c_str(), R_OK) == 0) GTEST_SKIP() << "this process reads any folder";
-  EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(), "*.txt"}),
+  EXPECT_EQ(list(systemPlatform(), Listing{folder.physical(), "*"}),
             (Outcome{"ERROR: Permission denied.", -1}));
 }
 
