@@ -11,7 +11,8 @@ namespace tagwright {
 // on its own: names that only begin with "p", capitals, "İ" and the Kelvin
 // sign, attributes in both quotes with blanks and values beyond ASCII,
 // self-closing tags, raw bytes, blank and tag-only content, text that
-// stripMarkup cannot cut; and lists, links and a meta tag.
+// stripMarkup cannot cut; and lists, links and a meta tag, and elements over
+// lines that end in a lone LF.
 inline const std::vector<std::string> kPieces = {
     "<p>plain words</p>",
     "<P CLASS='Lead'>Capitals <B>bold</B> and <i>it</i></P>",
@@ -39,6 +40,7 @@ inline const std::vector<std::string> kPieces = {
     "text & more text, <br> and <img src=x>",
     "<ul><li>one <a href=\"x\">a</a> <b>b</b></li><li>two</li></ul><meta name=\"m\" content=\"x "
     "y\">",
+    "<p class=\"lines\">two\nlines <b>of</b>\n text</p><ul><li>and\n  more</li></ul>",
 };
 
 // A page of `count` pieces picked by a fixed sequence, joined by blanks or
