@@ -80,6 +80,7 @@ TEST(ApplyStringFunction, Table) {
       {"1, ,0,3", "format"},
       {"1,\"a,b\",0,3", "format"},
       {"1,e,0", "format"},
+      {"x,e,0,2", "format"},
       {"1,e,0,2,3", "format"},
       {"1,usd,0,6", "USD120", "<b>Price</b>: USD\r\n\t120"},
       {"1,<b>,0,3", "", "<b>Price</b>"},
