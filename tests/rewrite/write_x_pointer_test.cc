@@ -83,12 +83,14 @@ TEST(WriteXPointer, NewDocument) {
        rawAfter + fillerAfter + "tail\xF0\x9F\r\n", "x;\xE9y", 2, 1},
       {"RawLineEndsAndBytes257", raw, Request{.element = "p"},
        rawAfter + fillerAfter + "tail\xF0\x9F\r\n", "x;\xE9y", 2, 257},
-      // Each span gives way to the new content; an overlap fails the rewrite
-      // and leaves the document as it was, with no backup.
+      // Each span gives way to the new content; an overlap, like a missing
+      // close marker, fails the rewrite and leaves the document as it was.
       {"SpansInner", span, Request{.element = "div", .span = "h2,h3"},
        "<div><H2>One</h2>NEW<h3>Two</h3><p>x</p></div>\r\n", " text ", 1},
       {"SpansOuter", span, Request{.element = "div", .contentType = "outerMarkup", .span = "h2,h3"},
        "<div>NEW<p>x</p></div>\r\n", "<H2>One</h2> text <h3>Two</h3>", 1},
+      {"MissingCloseMarker", "<%a%>\r\n<%old\r\ntail", Request{.separator = ","},
+       "<%a%>\r\n<%old\r\ntail", "ERROR: Found 'a,'--> Missing element end tag '%>'.", -1, 1},
       {"SpansOverlapping", overlapping,
        Request{.element = "div", .contentType = "outerMarkup", .span = "p,p"}, overlapping,
        "ERROR: Invalid procedure call or argument.", -1},
