@@ -51,14 +51,12 @@ class ServedSite {
     std::filesystem::create_symlink("../out", folder_.host("site/linkdir"));
     char root[PATH_MAX];
     EXPECT_NE(::realpath(folder_.host("site").c_str(), root), nullptr);
-    const ServeOptions options{.root = root,
-                               .listen = "",
-                               .tokenFile = "",
-                               .publicRead = publicRead,
-                               .threads = threads,
-                               .maxBodyBytes = 4096,
-                               .timeoutSeconds = idleSeconds,
-                               .requestTimeoutSeconds = requestSeconds};
+    ServeOptions options;
+    options.publicRead = publicRead;
+    options.threads = threads;
+    options.maxBodyBytes = 4096;
+    options.timeoutSeconds = idleSeconds;
+    options.requestTimeoutSeconds = requestSeconds;
     server_ = std::make_unique<SiteServer>(options, root, kToken, log_);
     EXPECT_EQ(server_->start(), "");
     port_ = server_->bind("127.0.0.1", 0);
