@@ -92,8 +92,8 @@ TEST(Batch, CommandLines) {
 }
 
 // Pages of varied lengths and line ends, with and without the element, one
-// that is private and one reached through a link; their names, and last a
-// name that is no file.
+// that is private and one reached through a link; their names, and second
+// among them a name that is no file.
 std::vector<std::string> writeVariedSite(const TempFolder& site) {
   std::mt19937 random(7);
   std::vector<std::string> names;
@@ -108,7 +108,8 @@ std::vector<std::string> writeVariedSite(const TempFolder& site) {
   }
   ::chmod(site.host("s/1/p1.htm").c_str(), 0640);
   std::filesystem::create_symlink("1/p1.htm", site.host("s/link.htm"));
-  names.insert(names.end(), {"s/link.htm", "none.htm"});
+  names.insert(names.begin() + 1, "none.htm");
+  names.push_back("s/link.htm");
   return names;
 }
 
