@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <map>
 
 #include "support/program.h"
@@ -20,25 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 using Args = std::vector<std::string>;
 using Tree = std::map<std::string, std::string>;
-
-// Every entry under `top`, links not followed, with its kind and, for a
-// plain file, its bytes.
-Tree treeOf(const std::string& top) {
-  Tree tree;
-  for (const auto& entry : fs::recursive_directory_iterator(top)) {
-    std::string name = entry.path().lexically_relative(top).string();
-    fs::file_status status = entry.symlink_status();
-    if (fs::is_symlink(status)) {
-      tree[name] = "link to " + fs::read_symlink(entry.path()).string();
-    } else if (fs::is_regular_file(status)) {
-      std::ifstream in(entry.path(), std::ios::binary);
-      tree[name] = std::string(std::istreambuf_iterator<char>(in), {});
-    } else {
-      tree[name] = "kind " + std::to_string(static_cast<int>(status.type()));
-    }
-  }
-  return tree;
-}
 
 void makeSite(const TempFolder& top) {
   top.write("site/index.htm", "<%site%>");
@@ -118,7 +98,7 @@ TEST(FileSystemEdges, Table) {
                        .removeWorkingFolder = c.workingFolder.ends_with("gone")};
     if (!c.environment.empty()) start.environment = {hosted(c.environment)};
 
-    Tree want = treeOf(top.host());
+    Tree want = top.tree();
     if (start.removeWorkingFolder) want.erase("site/gone");
     for (const auto& [name, bytes] : c.changes) want[name] = bytes;
     HostRun run = runProgram(arguments, start);
@@ -127,7 +107,7 @@ TEST(FileSystemEdges, Table) {
     if (c.status == 2) {
       EXPECT_TRUE(run.err.starts_with("tagwright: ")) << run.err;
     }
-    EXPECT_EQ(treeOf(top.host()), want);
+    EXPECT_EQ(top.tree(), want);
   }
 }
 

@@ -1,6 +1,6 @@
-// What a failing rewrite reports and leaves on disk: a failing scan, a
-// temporary name already taken, then every platform call of a rewrite
-// failing in turn, and a power cut at each of them.
+// What a failing rewrite reports and leaves on disk: a temporary name already
+// taken, then every platform call of a rewrite failing in turn, and a power
+// cut at each of them.
 #include <gtest/gtest.h>
 
 #include "support/requests.h"
@@ -34,14 +34,6 @@ FakePlatform prepared(bool hardLinks = true) {
   platform.hardLinks = hardLinks;
   platform.files = {{"/doc.htm", kBefore}, {"/doc.bak", kPrevious}, {"/~1117000000.tmp", "stale"}};
   return platform;
-}
-
-TEST(RewriteFailure, MissingCloseMarkerLeavesTheDocument) {
-  FakePlatform platform = prepared();
-  platform.files["/doc.htm"] = "<%a%>\r\n<%old\r\ntail";
-  EXPECT_EQ(write(platform, {.separator = ","}, 1),
-            (Outcome{"ERROR: Found 'a,'--> Missing element end tag '%>'.", -1}));
-  EXPECT_EQ(onDisk(platform), std::pair(std::string("<%a%>\r\n<%old\r\ntail"), kPrevious));
 }
 
 // Another rewrite of the same second may own a file of the temporary name,

@@ -50,6 +50,7 @@ TEST(WriteXPointer, NewDocument) {
     std::string errorResult;
     int result;
     std::int32_t bufferLength = 2048;
+    std::string path = "/doc.htm", backup = "/doc.bak";
   } cases[] = {
       {"SecondInstanceOnly", "x<p>a</p>y<p>b</p>z", Request{.element = "p", .start = 2, .count = 1},
        "x<p>a</p>y<p>NEW</p>z\r\n", "b", 1},
@@ -82,12 +83,14 @@ TEST(WriteXPointer, NewDocument) {
        rawAfter + fillerAfter + "tail\xF0\x9F\r\n", "x;\xE9y", 2, 1},
       {"RawLineEndsAndBytes257", raw, Request{.element = "p"},
        rawAfter + fillerAfter + "tail\xF0\x9F\r\n", "x;\xE9y", 2, 257},
-      // Each span gives way to the new content; an overlap fails the rewrite
-      // and leaves the document as it was, with no backup.
+      // Each span gives way to the new content; an overlap, like a missing
+      // close marker, fails the rewrite and leaves the document as it was.
       {"SpansInner", span, Request{.element = "div", .span = "h2,h3"},
        "<div><H2>One</h2>NEW<h3>Two</h3><p>x</p></div>\r\n", " text ", 1},
       {"SpansOuter", span, Request{.element = "div", .contentType = "outerMarkup", .span = "h2,h3"},
        "<div>NEW<p>x</p></div>\r\n", "<H2>One</h2> text <h3>Two</h3>", 1},
+      {"MissingCloseMarker", "<%a%>\r\n<%old\r\ntail", Request{.separator = ","},
+       "<%a%>\r\n<%old\r\ntail", "ERROR: Found 'a,'--> Missing element end tag '%>'.", -1, 1},
       {"SpansOverlapping", overlapping,
        Request{.element = "div", .contentType = "outerMarkup", .span = "p,p"}, overlapping,
        "ERROR: Invalid procedure call or argument.", -1},
@@ -95,37 +98,28 @@ TEST(WriteXPointer, NewDocument) {
        "a\r\nb\nc\xFF\r\n<p>NEW</p>\r\n\xC3\r\nd\n\n<P>\xE9y</P>\r\n" + fillerAfter +
            "tail\xF0\x9F\r\n",
        "x", 1, 1},
+      // The backup takes the document's name with ".bak" for its extension,
+      // even where the name looks like a stale temporary file.
+      {"BackupOfNameWithoutExtension", "<%a%>", Request{.document = "C:\\web\\page"}, "<%NEW%>\r\n",
+       "a", 1, 2048, "/web/page", "/web/page.bak"},
+      {"BackupBesideForwardSlashPath", "<%a%>", Request{.document = "c:/web/page.htm"},
+       "<%NEW%>\r\n", "a", 1, 2048, "/web/page.htm", "/web/page.bak"},
+      {"BackupOfStaleLookingName", "<%a%>", Request{.document = "C:\\web\\~1117page.tmp"},
+       "<%NEW%>\r\n", "a", 1, 2048, "/web/~1117page.tmp", "/web/~1117page.bak"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     FakePlatform platform;
-    platform.files["/doc.htm"] = c.document;
+    platform.files[c.path] = c.document;
     EXPECT_EQ(write(platform, c.request, c.bufferLength), (Outcome{c.errorResult, c.result}));
-    std::map<std::string, std::string> files = {{"/doc.htm", c.want}, {"/doc.bak", c.document}};
-    if (c.result < 0) files.erase("/doc.bak");
+    std::map<std::string, std::string> files = {{c.path, c.want}, {c.backup, c.document}};
+    if (c.result < 0) files.erase(c.backup);
     EXPECT_EQ(platform.files, files);
     EXPECT_EQ(platform.openFileCount(), 0);
     if (c.result == 0) {  // run again on its own result, it gives the same bytes
       ASSERT_EQ(write(platform, c.request, c.bufferLength), (Outcome{"", 0}));
-      EXPECT_EQ(platform.files["/doc.htm"], c.want);
+      EXPECT_EQ(platform.files[c.path], c.want);
     }
-  }
-}
-
-// The backup takes the document's name with ".bak" for its extension, even
-// where the name looks like a stale temporary file.
-TEST(WriteXPointer, BackupNames) {
-  const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"C:\\web\\page", "/web/page", "/web/page.bak"},
-      {"c:/web/page.htm", "/web/page.htm", "/web/page.bak"},
-      {"C:\\web\\~1117page.tmp", "/web/~1117page.tmp", "/web/~1117page.bak"}};
-  for (const auto& [document, host, backup] : cases) {
-    SCOPED_TRACE(document);
-    FakePlatform platform;
-    platform.files[host] = "<%a%>";
-    EXPECT_EQ(write(platform, Request{.document = document}), (Outcome{"a", 1}));
-    EXPECT_EQ(platform.files,
-              (std::map<std::string, std::string>{{host, "<%NEW%>\r\n"}, {backup, "<%a%>"}}));
   }
 }
 

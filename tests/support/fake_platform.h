@@ -18,18 +18,15 @@ namespace tagwright {
 
 // A platform that keeps its files in memory, by host path ("/web/a.htm" for
 // the physical "C:\web\a.htm"), logs every call by name, and can fail any
-// call: `failCall(n, kind)` makes the n-th call from now on throw, and
-// `failNamedCall(name, kind, k)` the k-th call of that name.
+// call: `failCall(n, kind)` makes the n-th call from now on throw.
 class FakePlatform : public Platform {
  public:
   std::map<std::string, std::string> files;
   std::optional<std::string> settings;
-  LocalTime now{11, 19, 0, 43, 51};
-  double random = 0.4375;
   bool hardLinks = true;
   std::vector<std::string> calls;
   // Called as each call begins, with its name: lets a test change the files
-  // between two calls, as another process could.
+  // between two calls, as another process could, or fail a call by its name.
   std::function<void(const std::string& call)> beforeCall;
 
   // Power cut: when call number `crashAtCall` begins, `crashImage` becomes
@@ -41,11 +38,6 @@ class FakePlatform : public Platform {
 
   void failCall(int n, Failure::Kind kind) {
     failAt_ = static_cast<int>(calls.size()) + n;
-    failKind_ = kind;
-  }
-  void failNamedCall(const std::string& name, Failure::Kind kind, int occurrence = 1) {
-    failName_ = name;
-    failNameOccurrence_ = occurrence;
     failKind_ = kind;
   }
   int openFileCount() const { return static_cast<int>(open_.size()); }
@@ -149,19 +141,16 @@ class FakePlatform : public Platform {
   void adviseLargeBuffer(void*, std::size_t) override {}
   LocalTime localTime(int daysAgo) override {
     enter("localTime");
-    LocalTime t = now;
+    LocalTime t{11, 19, 0, 43, 51};
     t.day -= daysAgo;  // enough calendar for the tests: days within one month
     return t;
   }
   std::unique_ptr<RandomGenerator> seededRandom() override {
     struct Fixed : RandomGenerator {
-      double value;
-      double next() override { return value; }
+      double next() override { return 0.4375; }
     };
     enter("seededRandom");
-    auto fixed = std::make_unique<Fixed>();
-    fixed->value = random;
-    return fixed;
+    return std::make_unique<Fixed>();
   }
   std::optional<std::string> readSettingsFile() override { return settings; }
 
@@ -196,8 +185,7 @@ class FakePlatform : public Platform {
         if (crashImage->contains(path)) (*crashImage)[path] = kLostWrites;
       }
     }
-    bool byName = name == failName_ && --failNameOccurrence_ == 0;
-    if (byName || static_cast<int>(calls.size()) == failAt_) throw Failure(failKind_);
+    if (static_cast<int>(calls.size()) == failAt_) throw Failure(failKind_);
   }
   // An output file holds what was written to it once it is closed.
   void close(const OpenFile& file) {
@@ -232,8 +220,6 @@ class FakePlatform : public Platform {
   std::map<int, OpenFile> open_;
   std::set<std::string> unsynced_;
   int failAt_ = -1;
-  std::string failName_;
-  int failNameOccurrence_ = 0;
   Failure::Kind failKind_ = Failure::Kind::kFileAccess;
 };
 

@@ -39,8 +39,54 @@ struct ProgramStart {
   long* peakKib = nullptr;
 };
 
+// In a child: becomes the `tagwright` program as `start` says, its output
+// and errors to `out` and `err`, measured by GNU time into `peakFile` if
+// given; a run that hangs is ended after 20 s.
+[[noreturn]] inline void execProgram(const std::vector<std::string>& arguments,
+                                     const ProgramStart& start, int out, int err,
+                                     char* peakFile = nullptr) {
+  ::dup2(out, 1);
+  ::dup2(err, 2);
+  if (start.input) {
+    int in[2];
+    if (::pipe(in) != 0) ::_exit(126);
+    if (::fork() == 0) {
+      ::close(in[0]);
+      ::close(1);
+      ::close(2);
+      const std::string& bytes = *start.input;
+      for (std::size_t at = 0; at < bytes.size();) {
+        ssize_t n = ::write(in[1], bytes.data() + at, bytes.size() - at);
+        if (n <= 0) ::_exit(1);
+        at += static_cast<std::size_t>(n);
+      }
+      ::_exit(0);
+    }
+    ::close(in[1]);
+    ::dup2(in[0], 0);
+    ::close(in[0]);
+  }
+  if (!start.workingFolder.empty()) {
+    if (::chdir(start.workingFolder.c_str()) != 0) ::_exit(126);
+    if (start.removeWorkingFolder && ::rmdir(start.workingFolder.c_str()) != 0) ::_exit(126);
+  }
+  for (const std::string& entry : start.environment) ::putenv(const_cast<char*>(entry.c_str()));
+  std::vector<char*> argv;
+  if (peakFile != nullptr) {
+    for (const char* word : {"/usr/bin/time", "-f", "%M", "-o"})
+      argv.push_back(const_cast<char*>(word));
+    argv.push_back(peakFile);
+  }
+  argv.push_back(const_cast<char*>(TAGWRIGHT_BINARY));
+  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.data()));
+  argv.push_back(nullptr);
+  ::alarm(20);
+  ::execv(argv[0], argv.data());
+  ::_exit(127);
+}
+
 // Runs the `tagwright` program itself. The status is its exit status, or
-// 128 and the signal that ended it; a run that hangs is ended after 20 s.
+// 128 and the signal that ended it.
 inline HostRun runProgram(const std::vector<std::string>& arguments,
                           const ProgramStart& start = {}) {
   int out[2], err[2];
@@ -61,47 +107,7 @@ inline HostRun runProgram(const std::vector<std::string>& arguments,
     return {-1, "", "pipe"};
   }
   pid_t pid = ::fork();
-  if (pid == 0) {
-    ::dup2(out[1], 1);
-    ::dup2(err[1], 2);
-    if (start.input) {
-      int in[2];
-      if (::pipe(in) != 0) ::_exit(126);
-      if (::fork() == 0) {
-        ::close(in[0]);
-        ::close(1);
-        ::close(2);
-        const std::string& bytes = *start.input;
-        for (std::size_t at = 0; at < bytes.size();) {
-          ssize_t n = ::write(in[1], bytes.data() + at, bytes.size() - at);
-          if (n <= 0) ::_exit(1);
-          at += static_cast<std::size_t>(n);
-        }
-        ::_exit(0);
-      }
-      ::close(in[1]);
-      ::dup2(in[0], 0);
-      ::close(in[0]);
-    }
-    if (!start.workingFolder.empty()) {
-      if (::chdir(start.workingFolder.c_str()) != 0) ::_exit(126);
-      if (start.removeWorkingFolder && ::rmdir(start.workingFolder.c_str()) != 0) ::_exit(126);
-    }
-    for (const std::string& entry : start.environment) ::putenv(const_cast<char*>(entry.c_str()));
-    std::vector<char*> argv;
-    if (start.peakKib != nullptr) {
-      for (const char* word : {"/usr/bin/time", "-f", "%M", "-o"})
-        argv.push_back(const_cast<char*>(word));
-      argv.push_back(peakFile);
-    }
-    argv.push_back(const_cast<char*>(TAGWRIGHT_BINARY));
-    for (const std::string& argument : arguments)
-      argv.push_back(const_cast<char*>(argument.data()));
-    argv.push_back(nullptr);
-    ::alarm(20);
-    ::execv(argv[0], argv.data());
-    ::_exit(127);
-  }
+  if (pid == 0) execProgram(arguments, start, out[1], err[1], start.peakKib ? peakFile : nullptr);
   ::close(out[1]);
   ::close(err[1]);
   HostRun run{-1, "", ""};
@@ -141,9 +147,6 @@ inline void killAtRandomInstants(const std::vector<std::string>& arguments,
                                  const std::string& workingFolder, int kills,
                                  const std::function<void()>& prepare,
                                  const std::function<void(bool)>& check) {
-  std::vector<char*> argv{const_cast<char*>(TAGWRIGHT_BINARY)};
-  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.data()));
-  argv.push_back(nullptr);
   std::mt19937 random(std::random_device{}());
   long micros = 0;
   for (int round = 0; round <= kills; ++round) {
@@ -151,12 +154,8 @@ inline void killAtRandomInstants(const std::vector<std::string>& arguments,
     const auto started = std::chrono::steady_clock::now();
     const pid_t pid = ::fork();
     if (pid == 0) {
-      int devNull = ::open("/dev/null", O_WRONLY);
-      ::dup2(devNull, 1);
-      ::dup2(devNull, 2);
-      if (::chdir(workingFolder.c_str()) != 0) ::_exit(126);
-      ::execv(argv[0], argv.data());
-      ::_exit(127);
+      const int devNull = ::open("/dev/null", O_WRONLY);
+      execProgram(arguments, {.workingFolder = workingFolder}, devNull, devNull);
     }
     const long wait = std::uniform_int_distribution<long>(0, micros + micros / 10)(random);
     SCOPED_TRACE(round == 0 ? "run to its end" : "killed after " + std::to_string(wait) + " us");

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -44,6 +45,23 @@ class TempFolder {
     std::ifstream in(host(name), std::ios::binary);
     if (!in) return std::nullopt;
     return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  // Every entry under `folder`, links not followed, by its path there: its
+  // kind, and the bytes of a plain file, the target of a link; with
+  // `modes`, its permission bits too.
+  std::map<std::string, std::string> tree(const std::string& folder = "",
+                                          bool modes = false) const {
+    namespace fs = std::filesystem;
+    std::map<std::string, std::string> out;
+    for (const auto& entry : fs::recursive_directory_iterator(host(folder))) {
+      const fs::file_status status = entry.symlink_status();
+      std::string& about = out[entry.path().lexically_relative(host(folder)).string()];
+      about = "kind " + std::to_string(static_cast<int>(status.type()));
+      if (fs::is_symlink(status)) about = "link to " + fs::read_symlink(entry.path()).string();
+      if (fs::is_regular_file(status)) about = *read(fs::relative(entry.path(), host()));
+      if (modes) about += " mode " + std::to_string(static_cast<int>(status.permissions()));
+    }
+    return out;
   }
   // The names in a folder, hidden ones included.
   std::set<std::string> names(const std::string& folder = "") const {

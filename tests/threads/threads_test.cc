@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -24,15 +25,8 @@ constexpr int kRounds = 20;
 // A host path in the component's physical form: "/tmp/a" is "\tmp\a".
 std::string physical(const fs::path& path) {
   std::string text = path.string();
-  for (char& c : text) {
-    if (c == '/') c = '\\';
-  }
+  std::replace(text.begin(), text.end(), '/', '\\');
   return text;
-}
-
-std::string readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 // One round of every operation on `folder`, which the round owns: its answers
@@ -49,7 +43,9 @@ std::string round(Tagwright& instance, const fs::path& folder) {
   std::string former;
   found = instance.writeXPointer("Rewritten", page, "h1", "*", "*", 1, 1, "innerMarkup", "", "",
                                  &former);
-  all += "|" + std::to_string(found) + "|" + former + "|" + readFile(folder / "index.htm");
+  std::ifstream written(folder / "index.htm", std::ios::binary);
+  all += "|" + std::to_string(found) + "|" + former + "|" +
+         std::string(std::istreambuf_iterator<char>(written), {});
   fs::copy_file(folder / "index.bak", folder / "index.htm", fs::copy_options::overwrite_existing);
   return all;
 }

@@ -9,6 +9,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+from pathlib import Path
 
 CHROMIUM, DRIVER = "/usr/bin/chromium", "/usr/bin/chromedriver"
 PAGE = ("<html><body>\r\n<p class=\"news\">Ferries run to the winter timetable.</p>\r\n"
@@ -32,17 +33,15 @@ def main():
         print("chromium or chromium-driver is missing")
         return 77
 
-    work = tempfile.mkdtemp(prefix="tagwright-editor-")
-    site = os.path.join(work, "site")
-    os.makedirs(site)
-    for name, text in (("news.htm", PAGE), ("index.htm", "<p>Home</p>\r\n")):
-        with open(os.path.join(site, name), "w", newline="") as f:
-            f.write(text)
-    with open(os.path.join(work, "token"), "w") as f:
-        f.write("editor-token\n")
+    work = Path(tempfile.mkdtemp(prefix="tagwright-editor-"))
+    site = work / "site"
+    site.mkdir()
+    (site / "news.htm").write_bytes(PAGE.encode())
+    (site / "index.htm").write_bytes(b"<p>Home</p>\r\n")
+    (work / "token").write_text("editor-token\n")
     server = subprocess.Popen(
-        [args.tagwright, "serve", "--root", site, "--listen", "127.0.0.1:0",
-         "--token-file", os.path.join(work, "token")],
+        [args.tagwright, "serve", "--root", str(site), "--listen", "127.0.0.1:0",
+         "--token-file", str(work / "token")],
         stderr=subprocess.PIPE, text=True)
     browser = None
     try:
@@ -52,7 +51,7 @@ def main():
         for flag in ("--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
                      "--no-first-run", "--disable-background-networking",
                      "--disable-component-update", "--disable-sync",
-                     "--window-size=1000,900", "--user-data-dir=" + os.path.join(work, "profile")):
+                     "--window-size=1000,900", f"--user-data-dir={work / 'profile'}"):
             options.add_argument(flag)
         browser = webdriver.Chrome(service=Service(DRIVER), options=options)
         wait = WebDriverWait(browser, 15)
@@ -80,10 +79,7 @@ def main():
         os.makedirs(os.path.dirname(os.path.abspath(args.screenshot)), exist_ok=True)
         browser.save_screenshot(args.screenshot)
 
-        with open(os.path.join(site, "news.htm"), newline="") as f:
-            page = f.read()
-        with open(os.path.join(site, "news.bak"), newline="") as f:
-            saved = f.read()
+        page, saved = ((site / name).read_bytes().decode() for name in ("news.htm", "news.bak"))
         checks = [
             (former == "Older news is kept for a year.", f"former text {former!r}"),
             (backup == "/news.bak", f"backup {backup!r}"),

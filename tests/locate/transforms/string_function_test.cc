@@ -70,7 +70,6 @@ TEST(ApplyStringFunction, Table) {
       {"0,e,0,2", "format"},
       {" 1 , usd , 0 , 3 ", "USD"},
       {"1,\" 120\",0,4", " 120"},
-      {"1,usd,3,4", " 120"},
       {"2,aa,0,3", "aay", "xaaay"},
       {"1,\"\",0,3", "Pri"},
       {"1,\"abc,0,3", "aby", "xabyabc"},
