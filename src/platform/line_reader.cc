@@ -51,6 +51,22 @@ bool LineReader::fill() {
 
 bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 
+// A line longer than the buffer comes in a piece per read. Grown by
+// doubling, the bytes of a long line would cost up to twice their length,
+// and a copy holds the old and the new room at once; once a line is long,
+// room is made in steps of eight times for what the file still holds, so
+// that the last step is about what the line needs.
+void LineReader::makeRoomForLongLine(std::string& out, std::size_t more) const {
+  constexpr std::size_t kLongLine = 1024 * 1024;
+  constexpr std::size_t kStep = 8;
+  constexpr std::size_t kLineEnd = 2;
+  const std::size_t needed = out.size() + more;
+  if (needed <= out.capacity() || out.size() < kLongLine) return;
+  const std::size_t rest = (end_ - begin_) + source_.bytesLeft();
+  if (rest <= more) return;  // nothing known beyond this piece
+  out.reserve(out.size() + std::min(rest, kStep * needed) + kLineEnd);
+}
+
 LineReader::LineEnd LineReader::readLine(std::string& out) {
   for (;;) {
     if (begin_ == end_ && !fill()) return LineEnd::kNone;
@@ -58,6 +74,7 @@ LineReader::LineEnd LineReader::readLine(std::string& out) {
     const void* cr = std::memchr(start, '\r', end_ - begin_);
     if (cr == nullptr) {
       // The line runs over the end of the buffer.
+      makeRoomForLongLine(out, end_ - begin_);
       out.append(start, end_ - begin_);
       begin_ = end_;
       continue;
@@ -148,6 +165,7 @@ void LineReader::readLineAnyEnd(std::string& out, std::vector<std::size_t>& adde
       begin_ += length + 1;
       return;
     }
+    if (nextCr_ == end_) makeRoomForLongLine(out, beforeCr);
     out.append(start, beforeCr);
     begin_ = nextCr_;
     if (begin_ == end_) continue;  // the line runs over the end of the buffer
