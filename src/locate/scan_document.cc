@@ -462,7 +462,7 @@ Int16 DocumentScan::closeAcrossChunks(Int16& contentStart, Int16 closePos) {
   while (closePos == 0 && !chunk_.empty()) {
     // The instance is kept in characters only where they are needed: an
     // instance as long as the chunk costs its bytes.
-    if (transformsText_) {
+    if (transformsText_ || !call_.bytePaths) {
       appendChunkText(foundText_, contentStart);
     } else {
       spanned_ = spanned_ || contentStart.index() < lowered_.characters();
