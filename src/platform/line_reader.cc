@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #ifdef __SSE2__
@@ -52,19 +53,21 @@ bool LineReader::fill() {
 bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 
 // A line longer than the buffer comes in a piece per read. Grown by
-// doubling, the bytes of a long line would cost up to twice their length,
-// and a copy holds the old and the new room at once; once a line is long,
-// room is made in steps of eight times for what the file still holds, so
-// that the last step is about what the line needs.
+// doubling, the bytes of a long line would cost up to twice its length, as
+// each copy holds the old room and the new. Once a line is long, room is
+// made at once for all that the file still holds: only address space, until
+// the line fills it. Where that much cannot be had, the bytes grow as they
+// would have.
 void LineReader::makeRoomForLongLine(std::string& out, std::size_t more) const {
   constexpr std::size_t kLongLine = 1024 * 1024;
-  constexpr std::size_t kStep = 8;
   constexpr std::size_t kLineEnd = 2;
-  const std::size_t needed = out.size() + more;
-  if (needed <= out.capacity() || out.size() < kLongLine) return;
+  if (out.size() + more <= out.capacity() || out.size() < kLongLine) return;
   const std::size_t rest = (end_ - begin_) + source_.bytesLeft();
   if (rest <= more) return;  // nothing known beyond this piece
-  out.reserve(out.size() + std::min(rest, kStep * needed) + kLineEnd);
+  try {
+    out.reserve(out.size() + rest + kLineEnd);
+  } catch (const std::bad_alloc&) {
+  }
 }
 
 LineReader::LineEnd LineReader::readLine(std::string& out) {
