@@ -510,8 +510,9 @@ void DocumentScan::finishInstance(Int16& contentStart, Int16 closePos, Int16& ma
     if (positions_) reportPart(lowered_.offset(std::min(closePos.index(), lowered_.characters())));
     // A span function puts a separator behind each span itself.
     if (query_.SpanFunction.empty()) state_.results->append(call_.resultSeparator);
-    if (writeMode_ && !query_.SpanFunction.empty())
-      appendEncoded(replacementText_, outputBytes_);  // W6
+    if (writeMode_ && !query_.SpanFunction.empty()) {  // W6
+      appendEncoded(replacementText_, outputBytes_);
+    }
     if (writeMode_ && query_.SpanFunction.empty()) {
       // A new content as long as a document is written, not copied into the chunk's text.
       state_.rewrite->write(outputBytes_);
