@@ -87,7 +87,8 @@ void checkFilter(const std::string& element, const std::string& attributeName,
       // The scan's own loop: a refused candidate may move the position on.
       for (Int16 at = searchFrom(lowered, type.openMarker, 1); at > 0;
            at = searchFrom(lowered, type.openMarker, at + 2)) {
-        FUZZ_CHECK(type.matcher == nullptr || !type.matcher(query, lowered, at, closeMarker));
+        FUZZ_CHECK(type.matcher == nullptr ||
+                   !type.matcher(query, ChunkView(lowered), at, closeMarker));
       }
     } catch (const Failure&) {
       fuzzFailure("a chunk passed over fails in the scan", __FILE__, __LINE__);

@@ -1,10 +1,26 @@
 // readXPointer on any document and any parameters, chunk length included, in
-// both line-end modes; the byte path of a read must give the character
-// path's answer to the byte.
+// both line-end modes; the byte path of a read, and the scan that decodes a
+// long chunk only as far as positions reach, must give the answer of the scan
+// on all the characters of every chunk to the byte. A negative chunk length
+// puts the document behind a line of 32,700 to 32,827 characters of one to
+// three bytes, so that its markup lies about position 32,767 of a long chunk.
+#include <string>
+
 #include "fuzz_input.h"
 #include "support/fake_platform.h"
 #include "support/tagwright_test_access.h"
 #include "tagwright/tagwright.h"
+
+namespace {
+
+std::string longLineOf(int characters) {
+  static const char* const kCharacters[] = {"a", "\xC3\xA9", "\xE6\x9D\xB1", " "};
+  std::string out;
+  for (int k = 0; k < characters; ++k) out += kCharacters[k % 4];
+  return out;
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace tagwright;
@@ -14,7 +30,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                     attributeValue = input.text();
   const std::int16_t start = input.number(1), count = input.number(0);
   const std::string contentType = input.text(), span = input.text(), string = input.text(),
-                    separator = input.text(), document = input.rest();
+                    separator = input.text();
+  std::string document = input.rest();
+  if (bufferLength < 0) document = longLineOf(32700 + (-int{bufferLength}) % 128) + document;
 
   FakePlatform platform;
   platform.files["/doc.htm"] = document;

@@ -172,7 +172,7 @@ class TAGWRIGHT_EXPORT Tagwright {
   bool allowPhysicalFileList = true;
   LineEnds lineEndMode = LineEnds::kCrLf;
   bool followLinksOut = false;
-  bool bytePaths = true;  // false only in tests that hold the two paths of a read together
+  bool bytePaths = true;  // false only in tests that hold the two paths of a scan together
   std::shared_ptr<ScriptingContext> ScriptingContext_;
   std::function<void(const FoundPart&)> partObserver_;
 };

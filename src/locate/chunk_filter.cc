@@ -77,7 +77,7 @@ bool ChunkFilter::startTagIsInstance(std::string_view tag) {
   if (!mayPassAttributes(tag)) return false;
   decodeLoweredInto(tag, tagLower_);
   Int16 contentStart = 1;
-  return type_.matcher(query_, tagLower_, contentStart, closeMarker_);
+  return type_.matcher(query_, ChunkView(tagLower_), contentStart, closeMarker_);
 }
 
 }  // namespace tagwright

@@ -32,9 +32,11 @@ struct CallContext {
   std::int32_t bufferLength;
   TextView resultSeparator;
   LineEnds lineEnds;
-  // False keeps a read on the lower-cased characters of each chunk, where it
-  // would otherwise search and cut on the bytes: the two must agree, and
-  // tests hold one against the other.
+  // False keeps a scan on all the lower-cased characters of each chunk, and
+  // an instance carried over chunks in characters, where a read would
+  // otherwise search and cut on the bytes and a long chunk would be decoded
+  // only as far as a position can reach: the two must agree, and tests hold
+  // one against the other.
   bool bytePaths = true;
   // Told of every part taken, with its positions; null for none.
   const std::function<void(const FoundPart&)>* partObserver = nullptr;

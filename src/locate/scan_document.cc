@@ -9,6 +9,7 @@
 
 #include "files/read_next_chunk.h"
 #include "locate/chunk_filter.h"
+#include "locate/chunk_text.h"
 #include "locate/element_types.h"
 #include "locate/matchers/named_element_bytes.h"
 #include "locate/part_positions.h"
@@ -104,24 +105,51 @@ class DocumentScan {
     state_.results->noteRead(chunk_.bytes.size());
   }
 
-  // Makes chunkLower_ the lower-cased characters of the chunk read last,
-  // which is all the search needs; the characters in their own case are
-  // decoded a stretch at a time, where a rewrite or a function asks for them.
-  void decodeChunk() { decodeLoweredInto(chunk_.bytes, chunkLower_, chunkOffsets_); }
+  // Decodes the chunk read last to the lower-cased characters the search
+  // needs, as far as a position can reach unless the read is held to whole
+  // chunks; the characters in their own case are decoded a stretch at a
+  // time, where a function or inner text asks for them.
+  void decodeChunk() { lowered_.decode(chunk_.bytes, chunk_.characters, !call_.bytePaths); }
 
-  // Appends Mid(chunk text, start, count) to `out`.
-  void appendChunkText(Text& out, Int16 start, std::optional<Int16> count = std::nullopt) {
+  // The characters of Mid(chunk text, start, count), as indices.
+  std::pair<std::size_t, std::size_t> chunkStretch(Int16 start, std::optional<Int16> count) const {
     if (start.value() < 1 || (count && count->value() < 0)) throw Failure::invalidArgument();
-    const std::size_t from = start.index();
-    const std::size_t size = chunkLower_.size();
-    if (from >= size) return;
+    const std::size_t size = lowered_.characters();
+    const std::size_t from = std::min(start.index(), size);
     const std::size_t end =
         count ? from + std::min(static_cast<std::size_t>(count->value()), size - from) : size;
+    return {from, end};
+  }
+
+  // Appends the characters of Mid(chunk text, start, count) to `out`.
+  void appendChunkText(Text& out, Int16 start, std::optional<Int16> count = std::nullopt) {
+    const auto [from, end] = chunkStretch(start, count);
+    if (from == end) return;
     if (chunk_.addedLineEnds.empty()) {
       appendDecoded(chunkBytes(from, end), out);
     } else {
-      appendChunkCharacters(chunk_, chunkOffsets_[from], chunkOffsets_[end], out);
+      appendChunkCharacters(chunk_, lowered_.offset(from), lowered_.offset(end), out);
     }
+  }
+
+  // Appends Mid(chunk text, start, count) to `out` as the document holds it,
+  // which is what its characters encode to.
+  void appendChunkBytes(std::string& out, Int16 start, std::optional<Int16> count = std::nullopt) {
+    const auto [from, end] = chunkStretch(start, count);
+    appendDocumentBytes(chunk_, lowered_.offset(from), lowered_.offset(end), out);
+  }
+
+  // Writes the chunk read last from the character at `start` on, as the
+  // document holds it.
+  void writeChunkFrom(Int16 start) {
+    const std::size_t from = lowered_.offset(chunkStretch(start, std::nullopt).first);
+    if (chunk_.addedLineEnds.empty()) {
+      state_.rewrite->write(std::string_view(chunk_.bytes).substr(from));
+      return;
+    }
+    documentBytes_.clear();
+    appendDocumentBytes(chunk_, from, chunk_.bytes.size(), documentBytes_);
+    state_.rewrite->write(documentBytes_);
   }
 
   // Writes the chunk read last, whole, as the document holds it.
@@ -143,15 +171,16 @@ class DocumentScan {
       return;
     }
     documentBytes_.clear();
-    appendDocumentBytes(chunk_, chunkOffsets_[start], chunkOffsets_[end], documentBytes_);
+    appendDocumentBytes(chunk_, lowered_.offset(start), lowered_.offset(end), documentBytes_);
     // The last character the document holds: an added line end holds none.
     const std::vector<std::size_t>& added = chunk_.addedLineEnds;
     auto isAdded = [&](std::size_t index) {
-      return std::binary_search(added.begin(), added.end(), std::size_t{chunkOffsets_[index]});
+      return std::binary_search(added.begin(), added.end(), lowered_.offset(index));
     };
     std::size_t last = end - 1;
     while (last > start && isAdded(last)) --last;
-    const std::size_t lastBytes = isAdded(last) ? 0 : chunkOffsets_[last + 1] - chunkOffsets_[last];
+    const std::size_t lastBytes =
+        isAdded(last) ? 0 : lowered_.offset(last + 1) - lowered_.offset(last);
     state_.results->appendBytes(documentBytes_, lastBytes);
   }
 
@@ -163,8 +192,8 @@ class DocumentScan {
 
   // The bytes of the chunk's characters from index `start` up to `end`.
   std::string_view chunkBytes(std::size_t start, std::size_t end) const {
-    const std::uint32_t from = chunkOffsets_[start];
-    return std::string_view(chunk_.bytes).substr(from, chunkOffsets_[end] - from);
+    const std::size_t from = lowered_.offset(start);
+    return std::string_view(chunk_.bytes).substr(from, lowered_.offset(end) - from);
   }
 
   void takeInstance(Int16& contentStart, Int16& matchesFound);
@@ -205,14 +234,19 @@ class DocumentScan {
   Int16 countRemaining_;
   Int16 copyFrom_;
   Chunk chunk_;
-  std::vector<std::uint32_t> chunkOffsets_;
-  Text chunkLower_;
+  LoweredChunk lowered_;
   Text foundText_;
+  // Whether the instance being taken began in an earlier chunk.
+  bool spanned_ = false;
   Text replacementText_;
-  Text outputText_;
+  // What a rewrite writes of the chunk ahead of the next instance, as the
+  // document holds it.
+  std::string outputBytes_;
   std::string documentBytes_;
   // The byte path's instance text: the chunk's bytes for "innertext", the
-  // document's otherwise; scratch texts for stripMarkupBytes.
+  // document's otherwise; scratch texts for stripMarkupBytes. On the
+  // character path, the document's bytes of an instance that began in an
+  // earlier chunk, when no function or inner text needs its characters.
   std::string foundBytes_;
   std::string cleanedBytes_;
   std::string strippedBytes_;
@@ -243,7 +277,7 @@ void DocumentScan::run(Int16& matchesFound) {
       continue;
     }
     instancesNearby_ = false;
-    outputText_.clear();
+    outputBytes_.clear();
     copyFrom_ = 1;
     if (bytePaths_) {
       scanBytes(matchesFound);
@@ -253,8 +287,8 @@ void DocumentScan::run(Int16& matchesFound) {
     decodeChunk();
     scanCharacters(1, matchesFound);
     if (writeMode_) {  // W7
-      appendChunkText(outputText_, copyFrom_);
-      state_.rewrite->write(outputText_);
+      state_.rewrite->write(outputBytes_);
+      writeChunkFrom(copyFrom_);
     }
     nextChunk();
   }
@@ -270,18 +304,18 @@ void DocumentScan::run(Int16& matchesFound) {
 
 // The candidate loop on the decoded chunk, from the search at `from`.
 void DocumentScan::scanCharacters(Int16 from, Int16& matchesFound) {
-  Int16 contentStart = searchFrom(chunkLower_, type_.openMarker, from);
+  Int16 contentStart = lowered_.view().search(type_.openMarker, from);
   while (contentStart > 0 && countRemaining_ > 0) {
     foundText_.clear();
     bool isInstance = type_.matcher != nullptr &&
-                      type_.matcher(query_, chunkLower_, contentStart, state_.closeMarker);
+                      type_.matcher(query_, lowered_.view(), contentStart, state_.closeMarker);
     if (isInstance) {
       instancesNearby_ = true;
       if (startRemaining_ > 0) startRemaining_ -= 1;
       if (startRemaining_ == 0) takeInstance(contentStart, matchesFound);
     }
     // Two past, not one: what lies right behind an instance is not seen.
-    contentStart = searchFrom(chunkLower_, type_.openMarker, contentStart + 2);
+    contentStart = lowered_.view().search(type_.openMarker, contentStart + 2);
   }
 }
 
@@ -411,11 +445,13 @@ void DocumentScan::keepFound(std::size_t from, std::size_t to) {
 
 void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
   if (writeMode_) {  // W3, before the close search may move on to another chunk.
-    appendChunkText(outputText_, copyFrom_, contentStart - copyFrom_);
+    appendChunkBytes(outputBytes_, copyFrom_, contentStart - copyFrom_);
     copyFrom_ = contentStart;
   }
-  if (positions_) beginPart(chunkOffsets_[contentStart.index()]);
-  Int16 closePos = searchFrom(chunkLower_, state_.closeMarker, contentStart);
+  if (positions_) beginPart(lowered_.offset(contentStart.index()));
+  spanned_ = false;
+  foundBytes_.clear();
+  Int16 closePos = lowered_.view().search(state_.closeMarker, contentStart);
   finishInstance(contentStart, closeAcrossChunks(contentStart, closePos), matchesFound);
 }
 
@@ -424,11 +460,18 @@ void DocumentScan::takeInstance(Int16& contentStart, Int16& matchesFound) {
 Int16 DocumentScan::closeAcrossChunks(Int16& contentStart, Int16 closePos) {
   const Text& closeMarker = state_.closeMarker;
   while (closePos == 0 && !chunk_.empty()) {
-    appendChunkText(foundText_, contentStart);
+    // The instance is kept in characters only where they are needed: an
+    // instance as long as the chunk costs its bytes.
+    if (transformsText_ || !call_.bytePaths) {
+      appendChunkText(foundText_, contentStart);
+    } else {
+      spanned_ = spanned_ || contentStart.index() < lowered_.characters();
+      appendChunkBytes(foundBytes_, contentStart);
+    }
     contentStart = 1;
     nextChunk();
     decodeChunk();
-    closePos = searchFrom(chunkLower_, closeMarker, 1);
+    closePos = lowered_.view().search(closeMarker, 1);
   }
   if (closePos == 0) throw Failure::numbered(60003);
   return closePos;
@@ -439,7 +482,7 @@ void DocumentScan::finishInstance(Int16& contentStart, Int16 closePos, Int16& ma
 
   // An instance whose close marker stands right at contentStart has no
   // content: no text, no separator, nothing replaced, and contentStart stays.
-  if (closePos > contentStart || !foundText_.empty()) {
+  if (closePos > contentStart || !foundText_.empty() || spanned_) {
     if (writeMode_) copyFrom_ = closePos;                                                // W4
     if (writeMode_ && !query_.SpanFunction.empty()) replacementText_ = newContentText_;  // W5
     if (!foundText_.empty() || transformsText_) {
@@ -453,26 +496,32 @@ void DocumentScan::finishInstance(Int16& contentStart, Int16 closePos, Int16& ma
       }
       if (innerText_) foundText_ = stripMarkup(withPlainLineEnds(foundText_));
       if (!trim(foundText_).empty()) state_.results->append(foundText_);
+    } else if (spanned_) {
+      // Over chunks the text holds a line end, and is never blank.
+      appendChunkBytes(foundBytes_, contentStart, closePos - contentStart);
+      state_.results->appendBytes(foundBytes_, lastCharacterBytes(foundBytes_));
     } else {
       // Text taken as it stands within one chunk is copied as it was read.
       const std::size_t start = contentStart.index();
-      const std::size_t end = std::min(closePos.index(), chunkLower_.size());
+      const std::size_t end = std::min(closePos.index(), lowered_.characters());
       const std::string_view found = chunkBytes(start, end);
       if (found.find_first_not_of(' ') != std::string_view::npos) appendFoundBytes(start, end);
     }
-    if (positions_) reportPart(chunkOffsets_[std::min(closePos.index(), chunkLower_.size())]);
+    if (positions_) reportPart(lowered_.offset(std::min(closePos.index(), lowered_.characters())));
     // A span function puts a separator behind each span itself.
     if (query_.SpanFunction.empty()) state_.results->append(call_.resultSeparator);
-    if (writeMode_ && !query_.SpanFunction.empty()) outputText_.append(replacementText_);  // W6
+    if (writeMode_ && !query_.SpanFunction.empty()) {  // W6
+      appendEncoded(replacementText_, outputBytes_);
+    }
     if (writeMode_ && query_.SpanFunction.empty()) {
       // A new content as long as a document is written, not copied into the chunk's text.
-      state_.rewrite->write(outputText_);
-      outputText_.clear();
+      state_.rewrite->write(outputBytes_);
+      outputBytes_.clear();
       state_.rewrite->write(newContent_);
     }
     contentStart = closePos;
   } else if (positions_) {
-    reportPart(chunkOffsets_[contentStart.index()]);
+    reportPart(lowered_.offset(contentStart.index()));
   }
   countRemaining_ -= 1;
   if (query_.SpanFunction.empty()) matchesFound += 1;

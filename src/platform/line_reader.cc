@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #ifdef __SSE2__
@@ -51,6 +52,24 @@ bool LineReader::fill() {
 
 bool LineReader::endOfFile() { return begin_ == end_ && !fill(); }
 
+// A line longer than the buffer comes in a piece per read. Grown by
+// doubling, the bytes of a long line would cost up to twice its length, as
+// each copy holds the old room and the new. Once a line is long, room is
+// made at once for all that the file still holds: only address space, until
+// the line fills it. Where that much cannot be had, the bytes grow as they
+// would have.
+void LineReader::makeRoomForLongLine(std::string& out, std::size_t more) const {
+  constexpr std::size_t kLongLine = 1024 * 1024;
+  constexpr std::size_t kLineEnd = 2;
+  if (out.size() + more <= out.capacity() || out.size() < kLongLine) return;
+  const std::size_t rest = (end_ - begin_) + source_.bytesLeft();
+  if (rest <= more) return;  // nothing known beyond this piece
+  try {
+    out.reserve(out.size() + rest + kLineEnd);
+  } catch (const std::bad_alloc&) {
+  }
+}
+
 LineReader::LineEnd LineReader::readLine(std::string& out) {
   for (;;) {
     if (begin_ == end_ && !fill()) return LineEnd::kNone;
@@ -58,6 +77,7 @@ LineReader::LineEnd LineReader::readLine(std::string& out) {
     const void* cr = std::memchr(start, '\r', end_ - begin_);
     if (cr == nullptr) {
       // The line runs over the end of the buffer.
+      makeRoomForLongLine(out, end_ - begin_);
       out.append(start, end_ - begin_);
       begin_ = end_;
       continue;
@@ -148,6 +168,7 @@ void LineReader::readLineAnyEnd(std::string& out, std::vector<std::size_t>& adde
       begin_ += length + 1;
       return;
     }
+    if (nextCr_ == end_) makeRoomForLongLine(out, beforeCr);
     out.append(start, beforeCr);
     begin_ = nextCr_;
     if (begin_ == end_) continue;  // the line runs over the end of the buffer

@@ -17,6 +17,8 @@ class ByteSource {
   // Reads up to `capacity` bytes into `buffer`; 0 means the end. Throws
   // Failure when the read fails.
   virtual std::size_t read(char* buffer, std::size_t capacity) = 0;
+  // The bytes that reads are still expected to give, 0 when not known.
+  virtual std::size_t bytesLeft() const { return 0; }
 };
 
 // Splits a byte stream into lines: a line end is CR or CR LF; a lone LF is
@@ -48,6 +50,7 @@ class LineReader {
  private:
   bool fill();
   std::size_t wholeCrLfLines(std::size_t wanted) const;
+  void makeRoomForLongLine(std::string& out, std::size_t more) const;
   void readLineAnyEnd(std::string& out, std::vector<std::size_t>& addedLineEnds);
   // Appends the whole lines ending in a lone LF that lie before the next CR
   // of the buffer, as readLines does, and returns how many; 0 when the next

@@ -39,19 +39,28 @@ constexpr std::size_t kWritebackStep = 8 * 1024 * 1024;
 
 [[noreturn]] void failWithErrno() { throw Failure::fromErrno(errno); }
 
+// `expectedSize` is the file's size when it was opened, 0 when not known.
 class FdSource : public ByteSource {
  public:
-  explicit FdSource(int fd) : fd_(fd) {}
+  FdSource(int fd, std::uint64_t expectedSize) : fd_(fd), expectedSize_(expectedSize) {}
   std::size_t read(char* buffer, std::size_t capacity) override {
     for (;;) {
       ssize_t n = ::read(fd_, buffer, capacity);
-      if (n >= 0) return static_cast<std::size_t>(n);
+      if (n >= 0) {
+        bytesRead_ += static_cast<std::uint64_t>(n);
+        return static_cast<std::size_t>(n);
+      }
       if (errno != EINTR) failWithErrno();
     }
+  }
+  std::size_t bytesLeft() const override {
+    return expectedSize_ > bytesRead_ ? static_cast<std::size_t>(expectedSize_ - bytesRead_) : 0;
   }
 
  private:
   int fd_;
+  const std::uint64_t expectedSize_;
+  std::uint64_t bytesRead_ = 0;
 };
 
 void writeAll(int fd, const char* data, std::size_t size) {
@@ -124,7 +133,7 @@ std::size_t readBufferFor(std::uint64_t size) {
 
 struct OpenFile {
   OpenFile(int descriptor, std::uint64_t size)
-      : fd(descriptor), source(descriptor), reader(source, readBufferFor(size)) {}
+      : fd(descriptor), source(descriptor, size), reader(source, readBufferFor(size)) {}
   ~OpenFile() {
     backgroundSync.wait();
     if (fd >= 0) ::close(fd);

@@ -22,7 +22,7 @@ int Tagwright::writeXPointer(const std::string& NewContent, const std::string& D
     Text message =
         locateRequest({platform_, ScriptingContext_.get(), allowPhysicalDocWrite}, bufferLength,
                       lineEndMode, query, resultSeparator, true, NewContent, scanResult,
-                      localMatches, true, partObserver_ ? &partObserver_ : nullptr);
+                      localMatches, bytePaths, partObserver_ ? &partObserver_ : nullptr);
     if (message.empty()) {
       count = localMatches.value();
       errorResult = std::move(scanResult);

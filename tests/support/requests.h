@@ -90,9 +90,11 @@ inline Outcome read(Platform& platform, const Request& r, std::int32_t bufferLen
   return o;
 }
 
-inline Outcome write(Platform& platform, const Request& r, std::int32_t bufferLength = 2048) {
+inline Outcome write(Platform& platform, const Request& r, std::int32_t bufferLength = 2048,
+                     bool characters = false) {
   Tagwright instance(platform);
   if (bufferLength > 0) TagwrightTestAccess::setBufferLength(instance, bufferLength);
+  if (characters) TagwrightTestAccess::keepToCharacters(instance);
   instance.setLineEnds(r.lineEnds);
   Outcome o;
   o.matches =

@@ -15,7 +15,7 @@ class TagwrightTestAccess {
   static void setBufferLength(Tagwright& instance, std::int32_t length) {
     instance.bufferLength = length;
   }
-  // Reads that search and cut on the characters of every chunk.
+  // Reads and rewrites that search and cut on all the characters of every chunk.
   static void keepToCharacters(Tagwright& instance) { instance.bytePaths = false; }
   static std::int32_t bufferLength(const Tagwright& instance) { return instance.bufferLength; }
 };

@@ -21,13 +21,13 @@ bool canStartElementName(TextView firstCharacter) {
 
 }  // namespace
 
-bool matchAnyElement(const Query& query, TextView chunkLower, Int16& contentStart,
+bool matchAnyElement(const Query& query, const ChunkView& chunk, Int16& contentStart,
                      Text& closeMarker) {
   const Int16 tagStart = contentStart;
-  if (!canStartElementName(mid(chunkLower, tagStart + 1, 1))) return false;
-  const Int16 tagEnd = searchFrom(chunkLower, U">", tagStart);
+  if (!canStartElementName(mid(chunk.lower, tagStart + 1, 1))) return false;
+  const Int16 tagEnd = chunk.search(U">", tagStart);
   if (tagEnd == 0) return false;
-  const TextView tagText = mid(chunkLower, tagStart + 1, tagEnd - tagStart);
+  const TextView tagText = mid(chunk.lower, tagStart + 1, tagEnd - tagStart);
   const Int16 firstBlank = searchFrom(tagText, U" ", 1);
   const TextView elementName =
       firstBlank > 0 ? left(tagText, firstBlank - 1) : left(tagText, lengthOf(tagText) - 1);

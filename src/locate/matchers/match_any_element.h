@@ -5,7 +5,7 @@
 
 namespace tagwright {
 
-// Decides whether the "<" at `contentStart` in `chunkLower` opens an element
+// Decides whether the "<" at `contentStart` in `chunk` opens an element
 // of any name whose tag passes attributesMatch. The character behind the "<"
 // must be ASCII from 33 to 126 and not one of "/?!£$%^&*([{:;@'~#|\<,>.", so
 // end tags, declarations, comments, processing instructions and server code
@@ -17,7 +17,7 @@ namespace tagwright {
 // both already set; one refused earlier leaves both untouched.
 //   `<p>y</p>` at 1, "innermarkup": true, closeMarker "</p>", contentStart 4.
 //   `<=3 >`: true, closeMarker "</=3>".  `< a>`, `</a>`, `<é>`: false.
-bool matchAnyElement(const Query& query, TextView chunkLower, Int16& contentStart,
+bool matchAnyElement(const Query& query, const ChunkView& chunk, Int16& contentStart,
                      Text& closeMarker);
 
 }  // namespace tagwright

@@ -5,7 +5,7 @@
 
 namespace tagwright {
 
-// Decides whether the "<!" at `contentStart` in `chunkLower` opens a comment:
+// Decides whether the "<!" at `contentStart` in `chunk` opens a comment:
 // any "<!" form but the known declarations. The head (the 12 characters
 // from the "<") must hold none of "!element", "!doctype", "!attlist",
 // "!entity", "!notation" and "!["; a refused candidate leaves both outputs
@@ -16,7 +16,8 @@ namespace tagwright {
 //   `<!foo bar>`: true, closeMarker ">", contentStart + 2.
 //   `<!-- !entity x -->`: false (the word fits in the head);
 //   `<!--  !entity x -->`: true (it does not).
-bool matchComment(const Query& query, TextView chunkLower, Int16& contentStart, Text& closeMarker);
+bool matchComment(const Query& query, const ChunkView& chunk, Int16& contentStart,
+                  Text& closeMarker);
 
 }  // namespace tagwright
 

@@ -5,7 +5,7 @@
 
 namespace tagwright {
 
-// Decides whether the "<!doctype " at `contentStart` in `chunkLower` is a
+// Decides whether the "<!doctype " at `contentStart` in `chunk` is a
 // declaration that counts. One with an internal subset (a "[" before the
 // first ">") counts and ends in "]>"; any other ends in ">" and counts when
 // its text (up to that ">", or the whole chunk if it holds none) contains
@@ -14,7 +14,8 @@ namespace tagwright {
 //   `<!doctype html public "-//w3c//dtd">`: true, closeMarker ">".
 //   `<!doctype note [<!element note (to)>]>`: true, closeMarker "]>".
 //   `<!doctype html>`: false.
-bool matchDoctype(const Query& query, TextView chunkLower, Int16& contentStart, Text& closeMarker);
+bool matchDoctype(const Query& query, const ChunkView& chunk, Int16& contentStart,
+                  Text& closeMarker);
 
 }  // namespace tagwright
 

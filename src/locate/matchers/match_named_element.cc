@@ -5,14 +5,14 @@
 
 namespace tagwright {
 
-bool matchNamedElement(const Query& query, TextView chunkLower, Int16& contentStart,
+bool matchNamedElement(const Query& query, const ChunkView& chunk, Int16& contentStart,
                        Text& closeMarker) {
   const Int16 tagStart = contentStart;
   const Int16 nameLength = lengthOf(query.ElementName);
-  if (searchFrom(U"/> ", mid(chunkLower, tagStart + nameLength + 1, 1), 1) == 0) return false;
-  const Int16 tagEnd = searchFrom(chunkLower, U">", tagStart);
+  if (searchFrom(U"/> ", mid(chunk.lower, tagStart + nameLength + 1, 1), 1) == 0) return false;
+  const Int16 tagEnd = chunk.search(U">", tagStart);
   if (tagEnd == 0) return false;
-  const TextView tagText = mid(chunkLower, tagStart + 1, tagEnd - tagStart);
+  const TextView tagText = mid(chunk.lower, tagStart + 1, tagEnd - tagStart);
   setStartTagStretch(query, tagText, query.ElementName, tagEnd, contentStart, closeMarker);
   return attributesMatch(query, mid(tagText, nameLength + 1));
 }

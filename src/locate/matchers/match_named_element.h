@@ -5,7 +5,7 @@
 
 namespace tagwright {
 
-// Decides whether the "<name" at `contentStart` in `chunkLower` opens an
+// Decides whether the "<name" at `contentStart` in `chunk` opens an
 // element named `query.ElementName` whose tag passes attributesMatch. The
 // name must end where the marker ends, with a blank, "/" or ">" behind it (a
 // longer name, a TAB or a line end is refused), and the tag must have its
@@ -15,7 +15,7 @@ namespace tagwright {
 // set; one refused earlier leaves both untouched.
 //   ElementName "p": `<p class="x">` true, closeMarker "</p>";
 //   `<p/>` true, closeMarker "<p/>";  `<pre>` false.
-bool matchNamedElement(const Query& query, TextView chunkLower, Int16& contentStart,
+bool matchNamedElement(const Query& query, const ChunkView& chunk, Int16& contentStart,
                        Text& closeMarker);
 
 }  // namespace tagwright

@@ -12,12 +12,12 @@ bool matchTwoCharacterOpener(const Query& query, Int16& contentStart, Text& clos
 
 }  // namespace
 
-bool matchProcessingInstruction(const Query& query, TextView, Int16& contentStart,
+bool matchProcessingInstruction(const Query& query, const ChunkView&, Int16& contentStart,
                                 Text& closeMarker) {
   return matchTwoCharacterOpener(query, contentStart, closeMarker, U"?>");
 }
 
-bool matchServerCode(const Query& query, TextView, Int16& contentStart, Text& closeMarker) {
+bool matchServerCode(const Query& query, const ChunkView&, Int16& contentStart, Text& closeMarker) {
   return matchTwoCharacterOpener(query, contentStart, closeMarker, U"%>");
 }
 

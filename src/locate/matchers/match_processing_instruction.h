@@ -6,11 +6,11 @@
 namespace tagwright {
 
 // Every "<?" is an instance ending in "?>"; its content starts behind the "<?".
-bool matchProcessingInstruction(const Query& query, TextView chunkLower, Int16& contentStart,
+bool matchProcessingInstruction(const Query& query, const ChunkView& chunk, Int16& contentStart,
                                 Text& closeMarker);
 
 // Every "<%" is an instance ending in "%>"; `<%=a%>` has the content `=a`.
-bool matchServerCode(const Query& query, TextView chunkLower, Int16& contentStart,
+bool matchServerCode(const Query& query, const ChunkView& chunk, Int16& contentStart,
                      Text& closeMarker);
 
 }  // namespace tagwright

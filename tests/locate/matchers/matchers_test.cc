@@ -31,7 +31,8 @@ Called call(Matcher matcher, const std::string& element, const std::string& cont
   const Int16 p = lengthOf(fromUtf8(before)) + 1;
   Int16 contentStart = p;
   Text closeMarker = fromUtf8(kUntouched);
-  bool result = matcher(query, lower(fromUtf8(before + atP + "\r\n")), contentStart, closeMarker);
+  const Text chunk = lower(fromUtf8(before + atP + "\r\n"));
+  bool result = matcher(query, ChunkView(chunk), contentStart, closeMarker);
   return {result, (contentStart - p).value(), toUtf8(closeMarker)};
 }
 
