@@ -3,6 +3,7 @@
 #include <httplib.h>
 #include <sys/stat.h>
 
+#include <charconv>
 #include <chrono>
 #include <ctime>
 #include <fstream>
@@ -78,8 +79,7 @@ bool sameToken(std::string_view given, std::string_view expected) {
 
 // A path as the log shows it: bytes outside printable ASCII as %XX, so a
 // request cannot forge or break log lines.
-std::string loggedPath(const std::string& path) {
-  std::string out;
+void appendLoggedPath(std::string& out, const std::string& path) {
   for (char raw : path) {
     auto c = static_cast<unsigned char>(raw);
     if (c < 0x21 || c > 0x7e || c == '%') {
@@ -91,7 +91,6 @@ std::string loggedPath(const std::string& path) {
       out += static_cast<char>(c);
     }
   }
-  return out;
 }
 
 std::optional<std::string> fileBytes(const std::string& path) {
@@ -170,7 +169,12 @@ void SiteServer::route() {
       Clock::time_point begin = Clock::now();
       (this->*handler)(request, response);
       std::chrono::duration<double, std::milli> spent = Clock::now() - begin;
-      response.set_header(kTimingHeader, "app;dur=" + std::to_string(spent.count()));
+      char timing[48] = "app;dur=";
+      constexpr std::size_t kPrefix = sizeof "app;dur=" - 1;
+      auto end = std::to_chars(timing + kPrefix, timing + sizeof timing, spent.count(),
+                               std::chars_format::fixed, 3)
+                     .ptr;
+      response.set_header(kTimingHeader, std::string(timing, end));
     };
   };
   const std::string api = kApi;
@@ -356,7 +360,7 @@ void SiteServer::siteFile(const httplib::Request& request, httplib::Response& re
   if (refusedUnauthorized(authorized(request, false), response)) return;
   Confinement::Verdict verdict = confinement_.urlPath(request.path);
   if (refusedName(verdict, response)) return;
-  std::string file = verdict.resolved;
+  std::string file = verdict.mapped;
   struct stat status {};
   if (::stat(file.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
     if (!request.path.ends_with("/")) {
@@ -366,8 +370,8 @@ void SiteServer::siteFile(const httplib::Request& request, httplib::Response& re
     }
     for (const char* index : {"index.htm", "index.html"}) {
       Confinement::Verdict page = confinement_.urlPath(request.path + index);
-      if (page.passed() && ::stat(page.resolved.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
-        file = page.resolved;
+      if (page.passed() && ::stat(page.mapped.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        file = page.mapped;
         break;
       }
       if (!page.passed()) return void(refusedName(page, response));
@@ -393,24 +397,39 @@ void SiteServer::editorFile(const httplib::Request& request, httplib::Response& 
 }
 
 void SiteServer::logRequest(const httplib::Request& request, const httplib::Response& response) {
-  std::string milliseconds = "0";
-  std::string timing = response.get_header_value(kTimingHeader);
+  std::string_view milliseconds = "0";
+  const std::string& timing = response.get_header_value(kTimingHeader);
   if (std::size_t at = timing.find("dur="); at != std::string::npos) {
-    milliseconds = timing.substr(at + 4);
-    if (std::size_t dot = milliseconds.find('.'); dot != std::string::npos) {
-      milliseconds.resize(std::min(milliseconds.size(), dot + 4));
-    }
+    milliseconds = std::string_view(timing).substr(at + 4);
   }
-  char when[32];
+  std::string line;
+  line.reserve(64 + request.path.size() + request.remote_addr.size());
+  line.append(kLoggedTimeBytes, ' ');
+  line += ' ';
+  line += request.remote_addr;
+  line += ':';
+  line += std::to_string(request.remote_port);
+  line += ' ';
+  appendLoggedPath(line, request.method);
+  line += ' ';
+  appendLoggedPath(line, request.path);
+  line += ' ';
+  line += std::to_string(response.status);
+  line += ' ';
+  line += std::to_string(response.body.size());
+  line += ' ';
+  line += milliseconds;
+  line += "ms\n";
   std::time_t now = std::time(nullptr);
-  std::tm utc{};
-  ::gmtime_r(&now, &utc);
-  std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &utc);
-  std::string line = std::string(when) + " " + request.remote_addr + ":" +
-                     std::to_string(request.remote_port) + " " + loggedPath(request.method) + " " +
-                     loggedPath(request.path) + " " + std::to_string(response.status) + " " +
-                     std::to_string(response.body.size()) + " " + milliseconds + "ms\n";
   std::lock_guard<std::mutex> guard(logMutex_);
+  // The time is formatted once a second, not for every line.
+  if (now != loggedSecond_) {
+    std::tm utc{};
+    ::gmtime_r(&now, &utc);
+    std::strftime(loggedTime_, sizeof loggedTime_, "%Y-%m-%dT%H:%M:%SZ", &utc);
+    loggedSecond_ = now;
+  }
+  line.replace(0, kLoggedTimeBytes, loggedTime_, kLoggedTimeBytes);
   log_ << line << std::flush;
 }
 

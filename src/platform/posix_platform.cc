@@ -423,8 +423,14 @@ class PosixPlatform : public Platform {
   }
 
   Text followLinksAlong(TextView path) override {
+    std::string host = hostPath(path);
+    // A path that exists, the usual case, is resolved in one pass by the
+    // system; weakly_canonical would stat it first and then read every
+    // component as a link once more.
+    char resolved[PATH_MAX];
+    if (::realpath(host.c_str(), resolved) != nullptr) return physicalPathOf(resolved);
     std::error_code failed;
-    std::filesystem::path real = std::filesystem::weakly_canonical(hostPath(path), failed);
+    std::filesystem::path real = std::filesystem::weakly_canonical(host, failed);
     return failed ? Text(path) : physicalPathOf(real.string());
   }
 
