@@ -65,6 +65,11 @@ bool ConnectionStream::awaitRequest(std::chrono::milliseconds idle, int wakeFd) 
 }
 
 ssize_t ConnectionStream::read(char* ptr, size_t size) {
+  // httplib reads the request line and headers a byte at a time.
+  if (size == 1 && inputBegin_ < inputEnd_) {
+    *ptr = input_[inputBegin_++];
+    return 1;
+  }
   if (inputBegin_ == inputEnd_) {
     if (expired_) return -1;
     for (;;) {

@@ -5,7 +5,12 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+#if __has_include(<linux/openat2.h>)
+#include <linux/openat2.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
@@ -38,6 +43,26 @@ constexpr std::size_t kReadBufferSize = 128 * 1024;
 constexpr std::size_t kWritebackStep = 8 * 1024 * 1024;
 
 [[noreturn]] void failWithErrno() { throw Failure::fromErrno(errno); }
+
+// True when `path`, absolute, names something that exists with no symbolic
+// link anywhere along it, so that its names alone are its resolution: one
+// lookup by the system, where realpath reads each component as a link. False
+// when that cannot be told this way (a link, a missing part, an older system).
+bool existsWithoutLinks(const std::string& path) {
+#if defined(SYS_openat2) && defined(RESOLVE_NO_SYMLINKS)
+  if (path.empty() || path[0] != '/') return false;
+  open_how how{};
+  how.flags = O_PATH | O_CLOEXEC;
+  how.resolve = RESOLVE_NO_SYMLINKS;
+  long fd = ::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how);
+  if (fd < 0) return false;
+  ::close(static_cast<int>(fd));
+  return true;
+#else
+  (void)path;
+  return false;
+#endif
+}
 
 class FdSource : public ByteSource {
  public:
@@ -424,8 +449,12 @@ class PosixPlatform : public Platform {
 
   Text followLinksAlong(TextView path) override {
     std::string host = hostPath(path);
-    // A path that exists, the usual case, is resolved in one pass by the
-    // system; weakly_canonical would stat it first and then read every
+    if (existsWithoutLinks(host)) {
+      std::string normal = std::filesystem::path(host).lexically_normal().string();
+      if (normal.size() > 1 && normal.back() == '/') normal.pop_back();
+      return physicalPathOf(normal);
+    }
+    // weakly_canonical would stat the path first and then read every
     // component as a link once more.
     char resolved[PATH_MAX];
     if (::realpath(host.c_str(), resolved) != nullptr) return physicalPathOf(resolved);
