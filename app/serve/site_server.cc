@@ -162,7 +162,6 @@ void SiteServer::route() {
   BoundedServer& http = *http_;
   http.set_payload_max_length(options_.maxBodyBytes);
   http.set_keep_alive_max_count(100000);
-  http.set_tcp_nodelay(true);
 
   auto timed = [this](Handler handler) {
     return [this, handler](const httplib::Request& request, httplib::Response& response) {

@@ -40,6 +40,7 @@ class SiteServer {
   int bind(const std::string& address, int port);
   // Serves until stop(); false when it could not serve at all.
   bool run();
+  // Ends run(), also one that has not begun yet.
   void stop();
 
  private:
