@@ -44,6 +44,18 @@ constexpr std::size_t kWritebackStep = 8 * 1024 * 1024;
 
 [[noreturn]] void failWithErrno() { throw Failure::fromErrno(errno); }
 
+// True when a segment of `path` is empty, "." or "..": only then do its
+// names need normalizing.
+bool hasDotOrEmptySegment(std::string_view path) {
+  for (std::size_t start = 1; start <= path.size();) {
+    std::size_t end = std::min(path.find('/', start), path.size());
+    std::string_view segment = path.substr(start, end - start);
+    if (segment.empty() || segment == "." || segment == "..") return true;
+    start = end + 1;
+  }
+  return false;
+}
+
 // True when `path`, absolute, names something that exists with no symbolic
 // link anywhere along it, so that its names alone are its resolution: one
 // lookup by the system, where realpath reads each component as a link. False
@@ -450,6 +462,8 @@ class PosixPlatform : public Platform {
   Text followLinksAlong(TextView path) override {
     std::string host = hostPath(path);
     if (existsWithoutLinks(host)) {
+      if (host.size() > 1 && host.back() == '/') host.pop_back();
+      if (!hasDotOrEmptySegment(host)) return physicalPathOf(host);
       std::string normal = std::filesystem::path(host).lexically_normal().string();
       if (normal.size() > 1 && normal.back() == '/') normal.pop_back();
       return physicalPathOf(normal);
