@@ -23,6 +23,9 @@ namespace {
 
 constexpr const char* kApi = "/_tagwright/api/";
 constexpr const char* kTimingHeader = "Server-Timing";
+constexpr int kTemporaryNameDraws = 3;
+constexpr std::string_view kTemporaryFileFailure =
+    "ERROR: Cannot open output file to write new content.";
 
 using Clock = std::chrono::steady_clock;
 
@@ -340,17 +343,26 @@ void SiteServer::writeOperation(const httplib::Request& request, httplib::Respon
   if (refusedName(verdict, response)) return;
   Lease instance(*this);
   std::string errorResult;
-  int count;
+  int count = -1;
   {
     // Serialises this rewrite with every other of the document, in this
     // process or another: the component takes no lock of its own.
     std::unique_ptr<FileLock> lock = instance->lockForRewrite(doc);
-    count = instance->writeXPointer(
-        parameters->text("new-content", ""), doc, parameters->text("element-name", "#element"),
-        parameters->text("attribute-name", "*"), parameters->text("attribute-value", "*"),
-        parameters->number("start-instance", 1), parameters->number("count-instances", 1),
-        parameters->text("content-type", "innermarkup"), parameters->text("span-function", ""),
-        parameters->text("separator", ""), &errorResult);
+    // Rewrites at once in one folder draw their temporary names from 10,000
+    // a second, so two of them meet now and then: the one that finds its
+    // name taken has changed nothing yet, and a new draw is all but sure to
+    // be free. Where the folder cannot take a new file at all, every attempt
+    // fails alike.
+    for (int attempt = 0; attempt < kTemporaryNameDraws; ++attempt) {
+      errorResult.clear();
+      count = instance->writeXPointer(
+          parameters->text("new-content", ""), doc, parameters->text("element-name", "#element"),
+          parameters->text("attribute-name", "*"), parameters->text("attribute-value", "*"),
+          parameters->number("start-instance", 1), parameters->number("count-instances", 1),
+          parameters->text("content-type", "innermarkup"), parameters->text("span-function", ""),
+          parameters->text("separator", ""), &errorResult);
+      if (count != -1 || errorResult != kTemporaryFileFailure) break;
+    }
   }
   answerJson(response, writeAnswerJson(count, errorResult));
 }
