@@ -27,14 +27,16 @@ std::vector<std::filesystem::path> servePrograms() {
 
 int runServe(const ServeOptions& options, std::ostream& err) {
   // "--name=value" keeps a value that begins with "-" a value.
-  std::vector<std::string> arguments = {"tagwright-serve",
-                                        "serve",
-                                        "--root=" + options.root,
-                                        "--listen=" + options.listen,
-                                        "--token-file=" + options.tokenFile,
-                                        "--threads=" + std::to_string(options.threads),
-                                        "--max-body=" + std::to_string(options.maxBodyBytes),
-                                        "--timeout=" + std::to_string(options.timeoutSeconds)};
+  std::vector<std::string> arguments = {
+      "tagwright-serve",
+      "serve",
+      "--root=" + options.root,
+      "--listen=" + options.listen,
+      "--token-file=" + options.tokenFile,
+      "--threads=" + std::to_string(options.threads),
+      "--max-body=" + std::to_string(options.maxBodyBytes),
+      "--timeout=" + std::to_string(options.timeoutSeconds),
+      "--request-timeout=" + std::to_string(options.requestTimeoutSeconds)};
   if (options.publicRead) arguments.emplace_back("--public-read");
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());

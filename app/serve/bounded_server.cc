@@ -1,11 +1,20 @@
 #include "serve/bounded_server.h"
 
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <thread>
+#include <vector>
+
 #include "serve/connection_stream.h"
-#include "serve/worker_pool.h"
 
 namespace tagwright {
 namespace {
@@ -15,58 +24,205 @@ constexpr std::string_view kTurnedAway =
     "Content-Type: application/json\r\nContent-Length: 35\r\n\r\n"
     "{\"error\":\"the server is too busy\"}\n";
 
+void turnAway(int fd) {
+  ::send(fd, kTurnedAway.data(), kTurnedAway.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  // A request left unread would make the close a reset, which may reach the
+  // client before the answer does.
+  ::shutdown(fd, SHUT_WR);
+  char unread[4096];
+  for (int i = 0; i < 16 && ::recv(fd, unread, sizeof unread, MSG_DONTWAIT) > 0; ++i) {
+  }
+  ::close(fd);
+}
+
 }  // namespace
 
+// In the epoll set a connection is found by its address; the wake-up
+// descriptor by null and the listening socket by the server's own address.
+struct BoundedServer::Connection {
+  Connection(int fd, std::chrono::milliseconds writeBound) : stream(fd, writeBound) {}
+
+  // Takes the connection for a worker: false when it was shut as idle.
+  bool take() {
+    Clock::rep since = parkedSince.load();
+    while (since > 0) {
+      if (parkedSince.compare_exchange_weak(since, kBusy)) return true;
+    }
+    return false;
+  }
+
+  static constexpr Clock::rep kBusy = 0;
+  static constexpr Clock::rep kShut = -1;
+
+  ConnectionStream stream;
+  // When it was parked to wait for a request, or kBusy while a worker
+  // serves it, or kShut once it waited too long. One value, so that a
+  // connection parked anew is never taken for the one parked before.
+  std::atomic<Clock::rep> parkedSince{kBusy};
+  std::size_t requestsLeft = 0;
+  bool inEpoll = false;
+  std::list<std::unique_ptr<Connection>>::iterator self;
+};
+
 BoundedServer::BoundedServer(const Bounds& bounds)
-    : bounds_(bounds), wakeFd_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  new_task_queue = [this] { return new WorkerPool(bounds_.workers, bounds_.waiting); };
-  using Seconds = std::chrono::seconds;
-  set_keep_alive_timeout(std::chrono::ceil<Seconds>(bounds_.idle).count());
+    : bounds_(bounds),
+      wakeFd_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      epollFd_(::epoll_create1(EPOLL_CLOEXEC)) {
+  bounds_.workers = std::max<std::size_t>(bounds_.workers, 1);
 }
 
 BoundedServer::~BoundedServer() {
   if (wakeFd_ >= 0) ::close(wakeFd_);
+  if (epollFd_ >= 0) ::close(epollFd_);
 }
 
 bool BoundedServer::serve() {
-  acceptThread_ = std::this_thread::get_id();
-  return listen_after_bind();
+  const int listener = svr_sock_;
+  if (listener == INVALID_SOCKET || wakeFd_ < 0 || epollFd_ < 0) return false;
+  ::fcntl(listener, F_SETFL, ::fcntl(listener, F_GETFL) | O_NONBLOCK);
+  // The wake-up stays readable once written, so every worker sees it.
+  epoll_event wake{EPOLLIN, {.ptr = nullptr}};
+  epoll_event listening{EPOLLIN | EPOLLONESHOT, {.ptr = this}};
+  if (::epoll_ctl(epollFd_, EPOLL_CTL_ADD, wakeFd_, &wake) != 0 ||
+      ::epoll_ctl(epollFd_, EPOLL_CTL_ADD, listener, &listening) != 0) {
+    return false;
+  }
+  std::vector<std::thread> workers;
+  workers.reserve(bounds_.workers);
+  for (std::size_t i = 0; i < bounds_.workers; ++i) workers.emplace_back([this] { work(); });
+
+  const int tick = static_cast<int>(
+      std::clamp<std::chrono::milliseconds::rep>(bounds_.idle.count() / 4, 50, 1000));
+  for (;;) {
+    pollfd woken{wakeFd_, POLLIN, 0};
+    if (::poll(&woken, 1, tick) > 0) break;
+    shutIdle();
+  }
+  for (std::thread& worker : workers) worker.join();
+
+  std::lock_guard<std::mutex> guard(connectionsMutex_);
+  for (const auto& connection : connections_) {
+    ::shutdown(connection->stream.socket(), SHUT_RDWR);
+    ::close(connection->stream.socket());
+  }
+  connections_.clear();
+  ::close(svr_sock_.exchange(INVALID_SOCKET));
+  return true;
 }
 
 void BoundedServer::halt() {
+  halted_ = true;
   std::uint64_t one = 1;
   if (wakeFd_ >= 0) {
     [[maybe_unused]] ssize_t written = ::write(wakeFd_, &one, sizeof one);
   }
-  stop();
 }
 
-bool BoundedServer::process_and_close_socket(socket_t sock) {
-  bool served = false;
-  if (std::this_thread::get_id() == acceptThread_.load()) {
-    // Every worker is busy and the waiting line is full: say so at once,
-    // without waiting on this client, and take the next connection.
-    ::send(sock, kTurnedAway.data(), kTurnedAway.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-    // A request left unread would make the close a reset, which may reach
-    // the client before the answer does.
-    ::shutdown(sock, SHUT_WR);
-    char unread[4096];
-    for (int i = 0; i < 16 && ::recv(sock, unread, sizeof unread, MSG_DONTWAIT) > 0; ++i) {
+void BoundedServer::work() {
+  for (;;) {
+    epoll_event event{};
+    int ready = ::epoll_wait(epollFd_, &event, 1, -1);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0 || event.data.ptr == nullptr) return;
+    if (event.data.ptr == this) {
+      acceptWaiting(svr_sock_);
+      continue;
     }
-  } else {
-    ConnectionStream stream(sock, bounds_.idle);
-    for (std::size_t left = keep_alive_max_count_; left > 0 && is_running(); --left) {
-      if (!stream.awaitRequest(bounds_.idle, wakeFd_)) break;
-      stream.beginRequest(ConnectionStream::Clock::now() + bounds_.request);
-      bool clientCloses = false;
-      served = process_request(stream, left == 1, clientCloses, nullptr);
-      served = stream.flush() && served;
-      if (!served || clientCloses || stream.expired()) break;
+    auto& connection = *static_cast<Connection*>(event.data.ptr);
+    if (connection.take()) {
+      serveRequests(connection);
+    } else {
+      close(connection);
     }
   }
-  ::shutdown(sock, SHUT_RDWR);
-  ::close(sock);
-  return served;
+}
+
+void BoundedServer::acceptWaiting(int listener) {
+  for (;;) {
+    int fd = ::accept4(listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    if (fd < 0) {
+      if (errno == EINTR || errno == ECONNABORTED) continue;
+      // Out of descriptors: wait a little rather than spin on the backlog.
+      if (errno != EAGAIN && errno != EWOULDBLOCK) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      }
+      break;
+    }
+    int one = 1;
+    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    auto owned = std::make_unique<Connection>(fd, bounds_.idle);
+    Connection& connection = *owned;
+    {
+      std::lock_guard<std::mutex> guard(connectionsMutex_);
+      if (connections_.size() < bounds_.workers + bounds_.waiting) {
+        connections_.push_front(std::move(owned));
+        connection.self = connections_.begin();
+      }
+    }
+    // Every worker busy and the waiting line full: say so at once, without
+    // waiting on this client, and take the next connection.
+    if (owned) {
+      turnAway(fd);
+      continue;
+    }
+    connection.requestsLeft = keep_alive_max_count_;
+    park(connection);
+  }
+  epoll_event listening{EPOLLIN | EPOLLONESHOT, {.ptr = this}};
+  ::epoll_ctl(epollFd_, EPOLL_CTL_MOD, listener, &listening);
+}
+
+void BoundedServer::serveRequests(Connection& connection) {
+  ConnectionStream& stream = connection.stream;
+  for (;;) {
+    stream.beginRequest(Clock::now() + bounds_.request);
+    const bool last = connection.requestsLeft <= 1;
+    bool clientCloses = false;
+    bool served = process_request(stream, last, clientCloses, nullptr);
+    served = stream.flush() && served;
+    --connection.requestsLeft;
+    if (!served || clientCloses || last || stream.expired() || halted_) return close(connection);
+    // Requests sent together are answered in turn; the socket may hold more.
+    if (!stream.hasInput()) return park(connection);
+  }
+}
+
+void BoundedServer::park(Connection& connection) {
+  const int fd = connection.stream.socket();
+  const int operation = connection.inEpoll ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+  connection.inEpoll = true;
+  epoll_event waiting{EPOLLIN | EPOLLRDHUP | EPOLLONESHOT, {.ptr = &connection}};
+  // Once in the set another worker may take the connection: nothing of it
+  // is touched here after that, unless it never got there.
+  connection.parkedSince = std::max<Clock::rep>(Clock::now().time_since_epoch().count(), 1);
+  if (::epoll_ctl(epollFd_, operation, fd, &waiting) != 0) close(connection);
+}
+
+void BoundedServer::close(Connection& connection) {
+  const int fd = connection.stream.socket();
+  std::unique_ptr<Connection> owned;
+  {
+    std::lock_guard<std::mutex> guard(connectionsMutex_);
+    owned = std::move(*connection.self);
+    connections_.erase(connection.self);
+  }
+  ::shutdown(fd, SHUT_RDWR);
+  // Closing it also takes it out of the epoll set.
+  ::close(fd);
+}
+
+void BoundedServer::shutIdle() {
+  const Clock::rep now = Clock::now().time_since_epoch().count();
+  const Clock::rep idle = std::chrono::duration_cast<Clock::duration>(bounds_.idle).count();
+  std::lock_guard<std::mutex> guard(connectionsMutex_);
+  for (const auto& connection : connections_) {
+    Clock::rep since = connection->parkedSince.load();
+    if (since <= 0 || now - since < idle) continue;
+    // The shut socket wakes the epoll set: the worker that takes it closes it.
+    if (connection->parkedSince.compare_exchange_strong(since, Connection::kShut)) {
+      ::shutdown(connection->stream.socket(), SHUT_RDWR);
+    }
+  }
 }
 
 }  // namespace tagwright

@@ -1,8 +1,5 @@
 #include "serve/confinement.h"
 
-#include <limits.h>
-#include <stdlib.h>
-
 #include <algorithm>
 #include <exception>
 
@@ -26,15 +23,15 @@ bool hasDotDotSegment(const std::string& path) {
   return false;
 }
 
-std::string realPath(const std::string& path) {
-  char resolved[PATH_MAX];
-  return ::realpath(path.c_str(), resolved) != nullptr ? resolved : "";
-}
-
 }  // namespace
 
+// Links are never followed out of the root here, whatever the
+// administrator's settings: the context refuses every name whose target,
+// links followed, lies outside the resolved root, both when this host checks
+// a name and when the component maps it again.
 Confinement::Confinement(std::string resolvedRoot)
-    : root_(std::move(resolvedRoot)), context_(std::make_shared<SiteContext>(root_, root_)) {}
+    : root_(std::move(resolvedRoot)),
+      context_(std::make_shared<SiteContext>(root_, root_, /*followLinksOut=*/false)) {}
 
 Confinement::Verdict Confinement::name(const std::string& virtualName) const {
   if (virtualName.empty()) return refused(400, "a name is required");
@@ -50,7 +47,7 @@ Confinement::Verdict Confinement::name(const std::string& virtualName) const {
   }
   // The context gives the physical form of an absolute host path.
   std::replace(mapped.begin(), mapped.end(), '\\', '/');
-  return resolve(mapped);
+  return {0, "", std::move(mapped)};
 }
 
 Confinement::Verdict Confinement::pattern(const std::string& filePattern) {
@@ -65,26 +62,6 @@ Confinement::Verdict Confinement::urlPath(const std::string& path) const {
   if (path.empty() || path[0] != '/') return refused(400, "a path must begin with \"/\"");
   if (hasDotDotSegment(path)) return refused(400, "a path may not hold \"..\"");
   return name(path);
-}
-
-Confinement::Verdict Confinement::resolve(const std::string& hostPathName) const {
-  // Climb to the nearest part that exists: its real path decides, since the
-  // rest cannot name a link.
-  std::string existing = hostPathName;
-  std::string rest;
-  std::string resolved = realPath(existing);
-  while (resolved.empty()) {
-    std::size_t slash = existing.find_last_of('/');
-    if (slash == std::string::npos || slash == 0)
-      return refused(403, "the name cannot be resolved");
-    rest = existing.substr(slash) + rest;
-    existing.resize(slash);
-    resolved = realPath(existing);
-  }
-  bool inside = resolved == root_ || root_ == "/" ||
-                (resolved.starts_with(root_) && resolved[root_.size()] == '/');
-  if (!inside) return refused(403, "the name lies outside the site root");
-  return {0, "", resolved + rest};
 }
 
 }  // namespace tagwright

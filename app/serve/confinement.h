@@ -10,17 +10,19 @@ namespace tagwright {
 
 // What the page host adds to the component's own path rules, so that no
 // request reaches a file outside the site root. The component accepts
-// physical paths and follows symbolic links, and keeps virtual paths inside
-// the root by their names alone; here every physical path is refused, and a
-// name whose resolved target (links followed) lies outside the resolved root.
+// physical paths and, by the administrator's settings, may follow links out
+// of the root; here every physical path is refused, and the page context
+// refuses a name whose resolved target (links followed) lies outside the
+// resolved root.
 class Confinement {
  public:
-  // A name that passed, with the host path it resolves to, or a refusal with
-  // its HTTP status and a message for the client.
+  // A name that passed, with the host path it maps to (its target, links
+  // followed, lies inside the root), or a refusal with its HTTP status and a
+  // message for the client.
   struct Verdict {
     int status = 0;  // 0: passed
     std::string refusal;
-    std::string resolved;
+    std::string mapped;
     bool passed() const { return status == 0; }
   };
 
@@ -42,8 +44,6 @@ class Confinement {
   Verdict urlPath(const std::string& path) const;
 
  private:
-  Verdict resolve(const std::string& hostPath) const;
-
   std::string root_;
   std::shared_ptr<ScriptingContext> context_;
 };

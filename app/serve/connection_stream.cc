@@ -53,18 +53,12 @@ bool ConnectionStream::waitFor(short events, Clock::time_point deadline) const {
   }
 }
 
-bool ConnectionStream::awaitRequest(std::chrono::milliseconds idle, int wakeFd) {
-  if (inputBegin_ < inputEnd_) return true;
-  Clock::time_point until = Clock::now() + idle;
-  for (;;) {
-    pollfd watched[2] = {{fd_, POLLIN, 0}, {wakeFd, POLLIN, 0}};
-    int ready = ::poll(watched, 2, millisecondsUntil(until));
-    if (ready > 0) return watched[1].revents == 0;
-    if (ready == 0 || errno != EINTR) return false;
-  }
-}
-
 ssize_t ConnectionStream::read(char* ptr, size_t size) {
+  // httplib reads the request line and headers a byte at a time.
+  if (size == 1 && inputBegin_ < inputEnd_) {
+    *ptr = input_[inputBegin_++];
+    return 1;
+  }
   if (inputBegin_ == inputEnd_) {
     if (expired_) return -1;
     for (;;) {

@@ -18,9 +18,8 @@ class ConnectionStream final : public httplib::Stream {
 
   ConnectionStream(int fd, std::chrono::milliseconds writeBound);
 
-  // Waits up to `idle` for the first byte of a next request. False when none
-  // came, or when `wakeFd` became readable first (the server is stopping).
-  bool awaitRequest(std::chrono::milliseconds idle, int wakeFd);
+  // True while bytes of a next request are read but not yet taken.
+  bool hasInput() const { return inputBegin_ < inputEnd_; }
   // Every read from now on must be done by `deadline`.
   void beginRequest(Clock::time_point deadline) { deadline_ = deadline; }
   // True once a read ran into the deadline: the connection must end.

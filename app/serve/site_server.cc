@@ -3,6 +3,7 @@
 #include <httplib.h>
 #include <sys/stat.h>
 
+#include <charconv>
 #include <chrono>
 #include <ctime>
 #include <fstream>
@@ -22,6 +23,9 @@ namespace {
 
 constexpr const char* kApi = "/_tagwright/api/";
 constexpr const char* kTimingHeader = "Server-Timing";
+constexpr int kTemporaryNameDraws = 3;
+constexpr std::string_view kTemporaryFileFailure =
+    "ERROR: Cannot open output file to write new content.";
 
 using Clock = std::chrono::steady_clock;
 
@@ -78,8 +82,7 @@ bool sameToken(std::string_view given, std::string_view expected) {
 
 // A path as the log shows it: bytes outside printable ASCII as %XX, so a
 // request cannot forge or break log lines.
-std::string loggedPath(const std::string& path) {
-  std::string out;
+void appendLoggedPath(std::string& out, const std::string& path) {
   for (char raw : path) {
     auto c = static_cast<unsigned char>(raw);
     if (c < 0x21 || c > 0x7e || c == '%') {
@@ -91,7 +94,6 @@ std::string loggedPath(const std::string& path) {
       out += static_cast<char>(c);
     }
   }
-  return out;
 }
 
 std::optional<std::string> fileBytes(const std::string& path) {
@@ -163,14 +165,18 @@ void SiteServer::route() {
   BoundedServer& http = *http_;
   http.set_payload_max_length(options_.maxBodyBytes);
   http.set_keep_alive_max_count(100000);
-  http.set_tcp_nodelay(true);
 
   auto timed = [this](Handler handler) {
     return [this, handler](const httplib::Request& request, httplib::Response& response) {
       Clock::time_point begin = Clock::now();
       (this->*handler)(request, response);
       std::chrono::duration<double, std::milli> spent = Clock::now() - begin;
-      response.set_header(kTimingHeader, "app;dur=" + std::to_string(spent.count()));
+      char timing[48] = "app;dur=";
+      constexpr std::size_t kPrefix = sizeof "app;dur=" - 1;
+      auto end = std::to_chars(timing + kPrefix, timing + sizeof timing, spent.count(),
+                               std::chars_format::fixed, 3)
+                     .ptr;
+      response.set_header(kTimingHeader, std::string(timing, end));
     };
   };
   const std::string api = kApi;
@@ -337,17 +343,26 @@ void SiteServer::writeOperation(const httplib::Request& request, httplib::Respon
   if (refusedName(verdict, response)) return;
   Lease instance(*this);
   std::string errorResult;
-  int count;
+  int count = -1;
   {
     // Serialises this rewrite with every other of the document, in this
     // process or another: the component takes no lock of its own.
     std::unique_ptr<FileLock> lock = instance->lockForRewrite(doc);
-    count = instance->writeXPointer(
-        parameters->text("new-content", ""), doc, parameters->text("element-name", "#element"),
-        parameters->text("attribute-name", "*"), parameters->text("attribute-value", "*"),
-        parameters->number("start-instance", 1), parameters->number("count-instances", 1),
-        parameters->text("content-type", "innermarkup"), parameters->text("span-function", ""),
-        parameters->text("separator", ""), &errorResult);
+    // Rewrites at once in one folder draw their temporary names from 10,000
+    // a second, so two of them meet now and then: the one that finds its
+    // name taken has changed nothing yet, and a new draw is all but sure to
+    // be free. Where the folder cannot take a new file at all, every attempt
+    // fails alike.
+    for (int attempt = 0; attempt < kTemporaryNameDraws; ++attempt) {
+      errorResult.clear();
+      count = instance->writeXPointer(
+          parameters->text("new-content", ""), doc, parameters->text("element-name", "#element"),
+          parameters->text("attribute-name", "*"), parameters->text("attribute-value", "*"),
+          parameters->number("start-instance", 1), parameters->number("count-instances", 1),
+          parameters->text("content-type", "innermarkup"), parameters->text("span-function", ""),
+          parameters->text("separator", ""), &errorResult);
+      if (count != -1 || errorResult != kTemporaryFileFailure) break;
+    }
   }
   answerJson(response, writeAnswerJson(count, errorResult));
 }
@@ -356,7 +371,7 @@ void SiteServer::siteFile(const httplib::Request& request, httplib::Response& re
   if (refusedUnauthorized(authorized(request, false), response)) return;
   Confinement::Verdict verdict = confinement_.urlPath(request.path);
   if (refusedName(verdict, response)) return;
-  std::string file = verdict.resolved;
+  std::string file = verdict.mapped;
   struct stat status {};
   if (::stat(file.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
     if (!request.path.ends_with("/")) {
@@ -366,8 +381,8 @@ void SiteServer::siteFile(const httplib::Request& request, httplib::Response& re
     }
     for (const char* index : {"index.htm", "index.html"}) {
       Confinement::Verdict page = confinement_.urlPath(request.path + index);
-      if (page.passed() && ::stat(page.resolved.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
-        file = page.resolved;
+      if (page.passed() && ::stat(page.mapped.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        file = page.mapped;
         break;
       }
       if (!page.passed()) return void(refusedName(page, response));
@@ -393,24 +408,39 @@ void SiteServer::editorFile(const httplib::Request& request, httplib::Response& 
 }
 
 void SiteServer::logRequest(const httplib::Request& request, const httplib::Response& response) {
-  std::string milliseconds = "0";
-  std::string timing = response.get_header_value(kTimingHeader);
+  std::string_view milliseconds = "0";
+  const std::string& timing = response.get_header_value(kTimingHeader);
   if (std::size_t at = timing.find("dur="); at != std::string::npos) {
-    milliseconds = timing.substr(at + 4);
-    if (std::size_t dot = milliseconds.find('.'); dot != std::string::npos) {
-      milliseconds.resize(std::min(milliseconds.size(), dot + 4));
-    }
+    milliseconds = std::string_view(timing).substr(at + 4);
   }
-  char when[32];
+  std::string line;
+  line.reserve(64 + request.path.size() + request.remote_addr.size());
+  line.append(kLoggedTimeBytes, ' ');
+  line += ' ';
+  line += request.remote_addr;
+  line += ':';
+  line += std::to_string(request.remote_port);
+  line += ' ';
+  appendLoggedPath(line, request.method);
+  line += ' ';
+  appendLoggedPath(line, request.path);
+  line += ' ';
+  line += std::to_string(response.status);
+  line += ' ';
+  line += std::to_string(response.body.size());
+  line += ' ';
+  line += milliseconds;
+  line += "ms\n";
   std::time_t now = std::time(nullptr);
-  std::tm utc{};
-  ::gmtime_r(&now, &utc);
-  std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &utc);
-  std::string line = std::string(when) + " " + request.remote_addr + ":" +
-                     std::to_string(request.remote_port) + " " + loggedPath(request.method) + " " +
-                     loggedPath(request.path) + " " + std::to_string(response.status) + " " +
-                     std::to_string(response.body.size()) + " " + milliseconds + "ms\n";
   std::lock_guard<std::mutex> guard(logMutex_);
+  // The time is formatted once a second, not for every line.
+  if (now != loggedSecond_) {
+    std::tm utc{};
+    ::gmtime_r(&now, &utc);
+    std::strftime(loggedTime_, sizeof loggedTime_, "%Y-%m-%dT%H:%M:%SZ", &utc);
+    loggedSecond_ = now;
+  }
+  line.replace(0, kLoggedTimeBytes, loggedTime_, kLoggedTimeBytes);
   log_ << line << std::flush;
 }
 

@@ -1,6 +1,7 @@
 #ifndef TAGWRIGHT_APP_SERVE_SITE_SERVER_H_
 #define TAGWRIGHT_APP_SERVE_SITE_SERVER_H_
 
+#include <ctime>
 #include <iosfwd>
 #include <memory>
 #include <mutex>
@@ -39,6 +40,7 @@ class SiteServer {
   int bind(const std::string& address, int port);
   // Serves until stop(); false when it could not serve at all.
   bool run();
+  // Ends run(), also one that has not begun yet.
   void stop();
 
  private:
@@ -78,6 +80,10 @@ class SiteServer {
   std::string token_;
   std::ostream& log_;
   std::mutex logMutex_;
+  // "2026-01-02T03:04:05Z" of the second of the last line logged.
+  static constexpr std::size_t kLoggedTimeBytes = 20;
+  std::time_t loggedSecond_ = -1;
+  char loggedTime_[kLoggedTimeBytes + 1] = {};
   std::mutex poolMutex_;
   std::vector<std::unique_ptr<Tagwright>> idle_;
   std::unique_ptr<BoundedServer> http_;

@@ -5,7 +5,12 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+#if __has_include(<linux/openat2.h>)
+#include <linux/openat2.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
@@ -38,6 +43,38 @@ constexpr std::size_t kReadBufferSize = 128 * 1024;
 constexpr std::size_t kWritebackStep = 8 * 1024 * 1024;
 
 [[noreturn]] void failWithErrno() { throw Failure::fromErrno(errno); }
+
+// True when a segment of `path` is empty, "." or "..": only then do its
+// names need normalizing.
+bool hasDotOrEmptySegment(std::string_view path) {
+  for (std::size_t start = 1; start <= path.size();) {
+    std::size_t end = std::min(path.find('/', start), path.size());
+    std::string_view segment = path.substr(start, end - start);
+    if (segment.empty() || segment == "." || segment == "..") return true;
+    start = end + 1;
+  }
+  return false;
+}
+
+// True when `path`, absolute, names something that exists with no symbolic
+// link anywhere along it, so that its names alone are its resolution: one
+// lookup by the system, where realpath reads each component as a link. False
+// when that cannot be told this way (a link, a missing part, an older system).
+bool existsWithoutLinks(const std::string& path) {
+#if defined(SYS_openat2) && defined(RESOLVE_NO_SYMLINKS)
+  if (path.empty() || path[0] != '/') return false;
+  open_how how{};
+  how.flags = O_PATH | O_CLOEXEC;
+  how.resolve = RESOLVE_NO_SYMLINKS;
+  long fd = ::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how);
+  if (fd < 0) return false;
+  ::close(static_cast<int>(fd));
+  return true;
+#else
+  (void)path;
+  return false;
+#endif
+}
 
 // `expectedSize` is the file's size when it was opened, 0 when not known.
 class FdSource : public ByteSource {
@@ -432,8 +469,20 @@ class PosixPlatform : public Platform {
   }
 
   Text followLinksAlong(TextView path) override {
+    std::string host = hostPath(path);
+    if (existsWithoutLinks(host)) {
+      if (host.size() > 1 && host.back() == '/') host.pop_back();
+      if (!hasDotOrEmptySegment(host)) return physicalPathOf(host);
+      std::string normal = std::filesystem::path(host).lexically_normal().string();
+      if (normal.size() > 1 && normal.back() == '/') normal.pop_back();
+      return physicalPathOf(normal);
+    }
+    // weakly_canonical would stat the path first and then read every
+    // component as a link once more.
+    char resolved[PATH_MAX];
+    if (::realpath(host.c_str(), resolved) != nullptr) return physicalPathOf(resolved);
     std::error_code failed;
-    std::filesystem::path real = std::filesystem::weakly_canonical(hostPath(path), failed);
+    std::filesystem::path real = std::filesystem::weakly_canonical(host, failed);
     return failed ? Text(path) : physicalPathOf(real.string());
   }
 

@@ -15,6 +15,7 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <future>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -180,6 +181,24 @@ TEST(SiteServer, OperationsAndRefusals) {
   EXPECT_EQ(log.find(kToken), std::string::npos) << log;
 }
 
+// A stop that comes before the server runs still ends it.
+TEST(SiteServer, StopBeforeRunEndsIt) {
+  TempFolder folder;
+  folder.write("site/page.htm", kPage);
+  char root[PATH_MAX];
+  ASSERT_NE(::realpath(folder.host("site").c_str(), root), nullptr);
+  std::ostringstream log;
+  SiteServer server(ServeOptions{}, root, kToken, log);
+  ASSERT_GT(server.bind("127.0.0.1", 0), 0);
+  server.stop();
+  auto ran = std::async(std::launch::async, [&server] { return server.run(); });
+  if (ran.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+    server.stop();
+    FAIL() << "run() went on after stop()";
+  }
+  EXPECT_TRUE(ran.get());
+}
+
 // Each target tries to reach out/secret.htm (or a system file) from the
 // site; none may answer with a byte of it, and none may change it.
 TEST(SiteServer, EveryEscapeIsRefused) {
@@ -307,8 +326,8 @@ TEST(SiteServer, DropsSlowAndIdleClients) {
   }
 }
 
-// With its one worker holding a kept-alive connection and its waiting line
-// full, the server turns the next client away at once instead of queuing it.
+// With as many connections open as its one worker and its waiting line
+// hold, the server turns the next client away at once instead of queuing it.
 TEST(SiteServer, TurnsAwayClientsBeyondTheWaitingLine) {
   ServedSite site(/*publicRead=*/true, 5, 5, /*threads=*/1);
   int kept = site.connected();
