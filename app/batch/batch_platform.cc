@@ -20,6 +20,14 @@ struct ThreadRewrite {
 };
 thread_local ThreadRewrite threadRewrite;
 
+// True when the last name of `pattern` holds a wildcard: the folder in front
+// of it is taken as named, whatever characters it holds.
+bool namesManyFiles(TextView pattern) {
+  const std::size_t slash = pattern.find_last_of(U"\\/");
+  const TextView name = slash == TextView::npos ? pattern : pattern.substr(slash + 1);
+  return name.find_first_of(U"*?") != TextView::npos;
+}
+
 // The folder that holds the file `hostPath` names, links followed, or empty
 // when there is no such file. The folder of a document that is no link
 // itself is named as the path names it: links among the folders lead to the
@@ -87,6 +95,25 @@ void BatchPlatform::syncFolderOf(TextView path) {
   if (!threadRewrite.active || threadRewrite.folder.empty()) return inner_.syncFolderOf(path);
   std::lock_guard lock(foldersMutex_);
   folders_.insert(threadRewrite.folder);
+}
+
+bool BatchPlatform::firstMatchingFile(TextView pattern) {
+  if (!namesManyFiles(pattern)) return inner_.firstMatchingFile(pattern);
+  {
+    std::lock_guard lock(sweptMutex_);
+    if (swept_.contains(Text(pattern))) return false;
+  }
+  if (inner_.firstMatchingFile(pattern)) return true;
+  std::lock_guard lock(sweptMutex_);
+  swept_.emplace(pattern);
+  return false;
+}
+
+void BatchPlatform::deleteMatchingFiles(TextView pattern) {
+  inner_.deleteMatchingFiles(pattern);
+  if (!namesManyFiles(pattern)) return;
+  std::lock_guard lock(sweptMutex_);
+  swept_.emplace(pattern);
 }
 
 std::set<std::string> BatchPlatform::syncFolders() {

@@ -48,6 +48,12 @@ class BatchPlatform : public PlatformWrapper {
   // them one name (the second then fails); the batch's values instead walk
   // all 10000 four-digit values in a scrambled order before one comes again.
   std::unique_ptr<RandomGenerator> seededRandom() override;
+  // Every rewrite sweeps its folder for the temporary files left two days
+  // ago, by a listing of the folder. In a batch the first sweep of a folder
+  // does it for every later rewrite there: none of those files can have come
+  // back since, and a folder of n pages would otherwise be listed n times.
+  bool firstMatchingFile(TextView pattern) override;
+  void deleteMatchingFiles(TextView pattern) override;
   // The batch reads the settings once, when it starts, as a single call does:
   // every instance of the batch then has the same ones.
   std::optional<std::string> readSettingsFile() override { return settings_; }
@@ -61,6 +67,8 @@ class BatchPlatform : public PlatformWrapper {
       static_cast<std::uint64_t>(inner_.seededRandom()->next() * 10000.0);
   std::mutex foldersMutex_;
   std::set<std::string> folders_;
+  std::mutex sweptMutex_;
+  std::set<Text> swept_;
 };
 
 }  // namespace tagwright

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <ctime>
 #include <filesystem>
 #include <random>
 
@@ -106,8 +107,17 @@ std::vector<std::string> writeVariedSite(const TempFolder& site) {
     names.push_back("s/" + std::to_string(i % 4) + "/p" + std::to_string(i) + ".htm");
     site.write(names.back(), text);
   }
+  // A temporary file left two days ago in each folder, which a rewrite there sweeps away.
+  char stale[32];
+  const std::time_t twoDaysAgo = std::time(nullptr) - 2 * 24 * 60 * 60;
+  std::strftime(stale, sizeof stale, "~%m%d0000001.tmp", std::localtime(&twoDaysAgo));
+  for (int folder = 0; folder < 4; ++folder)
+    site.write("s/" + std::to_string(folder) + "/" + stale, "stale");
   ::chmod(site.host("s/1/p1.htm").c_str(), 0640);
-  std::filesystem::create_symlink("1/p1.htm", site.host("s/link.htm"));
+  // The link's target is named nowhere else: two names of one document in a
+  // batch are rewritten in whichever order their jobs reach them.
+  site.write("s/1/linked.htm", "<footer>old linked</footer>");
+  std::filesystem::create_symlink("1/linked.htm", site.host("s/link.htm"));
   names.insert(names.begin() + 1, "none.htm");
   names.push_back("s/link.htm");
   return names;
