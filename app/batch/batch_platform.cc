@@ -8,6 +8,9 @@
 #include <filesystem>
 #include <optional>
 
+#include "platform/text.h"
+#include "platform/wildcard.h"
+
 namespace tagwright {
 namespace {
 
@@ -24,8 +27,7 @@ thread_local ThreadRewrite threadRewrite;
 // of it is taken as named, whatever characters it holds.
 bool namesManyFiles(TextView pattern) {
   const std::size_t slash = pattern.find_last_of(U"\\/");
-  const TextView name = slash == TextView::npos ? pattern : pattern.substr(slash + 1);
-  return name.find_first_of(U"*?") != TextView::npos;
+  return hasWildcard(toUtf8(slash == TextView::npos ? pattern : pattern.substr(slash + 1)));
 }
 
 // The folder that holds the file `hostPath` names, links followed, or empty
@@ -57,30 +59,6 @@ BatchPlatform::Rewrite::Rewrite(BatchPlatform& platform, const std::string& host
 BatchPlatform::Rewrite::~Rewrite() {
   platform_.group_.leave();
   threadRewrite = ThreadRewrite{};
-}
-
-namespace {
-
-class BatchRandom : public RandomGenerator {
- public:
-  BatchRandom(std::atomic<std::uint64_t>& drawn, std::uint64_t firstValue)
-      : drawn_(drawn), firstValue_(firstValue) {}
-  double next() override {
-    // 7919 is prime to 10000, so 10000 steps meet every value once.
-    constexpr std::uint64_t kValues = 10000, kStep = 7919;
-    const std::uint64_t value = (firstValue_ + drawn_.fetch_add(1) * kStep) % kValues;
-    return (static_cast<double>(value) + 0.5) / static_cast<double>(kValues);
-  }
-
- private:
-  std::atomic<std::uint64_t>& drawn_;
-  const std::uint64_t firstValue_;
-};
-
-}  // namespace
-
-std::unique_ptr<RandomGenerator> BatchPlatform::seededRandom() {
-  return std::make_unique<BatchRandom>(drawn_, firstValue_);
 }
 
 void BatchPlatform::syncFile(Int16 fileNumber) {

@@ -1,12 +1,12 @@
 #ifndef TAGWRIGHT_APP_BATCH_BATCH_PLATFORM_H_
 #define TAGWRIGHT_APP_BATCH_BATCH_PLATFORM_H_
 
-#include <atomic>
 #include <mutex>
 #include <set>
 #include <string>
 
 #include "batch/group_sync.h"
+#include "distinct_draws.h"
 #include "platform/platform_wrapper.h"
 
 namespace tagwright {
@@ -42,12 +42,9 @@ class BatchPlatform : public PlatformWrapper {
 
   void syncFile(Int16 fileNumber) override;
   void syncFolderOf(TextView path) override;
-  // The values that name the new files: a rewrite's temporary file is named
-  // by the second and a value of four digits, and many rewrites of one folder
-  // start in the same second here. Independent seeds would soon give two of
-  // them one name (the second then fails); the batch's values instead walk
-  // all 10000 four-digit values in a scrambled order before one comes again.
-  std::unique_ptr<RandomGenerator> seededRandom() override;
+  // Many rewrites of one folder start in the same second here: their
+  // temporary names come from distinct draws.
+  std::unique_ptr<RandomGenerator> seededRandom() override { return draws_.generator(); }
   // Every rewrite sweeps its folder for the temporary files left two days
   // ago, by a listing of the folder. In a batch the first sweep of a folder
   // does it for every later rewrite there: none of those files can have come
@@ -62,9 +59,7 @@ class BatchPlatform : public PlatformWrapper {
   Platform& inner_;
   GroupSync& group_;
   const std::optional<std::string> settings_ = inner_.readSettingsFile();
-  std::atomic<std::uint64_t> drawn_ = 0;
-  const std::uint64_t firstValue_ =
-      static_cast<std::uint64_t>(inner_.seededRandom()->next() * 10000.0);
+  DistinctDraws draws_{inner_};
   std::mutex foldersMutex_;
   std::set<std::string> folders_;
   std::mutex sweptMutex_;

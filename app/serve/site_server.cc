@@ -152,7 +152,7 @@ SiteServer::Lease::Lease(SiteServer& server) : server_(server) {
       return;
     }
   }
-  instance_ = std::make_unique<Tagwright>();
+  instance_ = std::make_unique<Tagwright>(*server_.platform_);
   instance_->OnStartPage(server_.confinement_.context());
 }
 
@@ -348,11 +348,11 @@ void SiteServer::writeOperation(const httplib::Request& request, httplib::Respon
     // Serialises this rewrite with every other of the document, in this
     // process or another: the component takes no lock of its own.
     std::unique_ptr<FileLock> lock = instance->lockForRewrite(doc);
-    // Rewrites at once in one folder draw their temporary names from 10,000
-    // a second, so two of them meet now and then: the one that finds its
-    // name taken has changed nothing yet, and a new draw is all but sure to
-    // be free. Where the folder cannot take a new file at all, every attempt
-    // fails alike.
+    // Another process rewriting in the same folder may draw the same
+    // temporary name in the same second (this one's own draws never meet):
+    // the rewrite that finds its name taken has changed nothing yet, and a
+    // new draw is all but sure to be free. Where the folder cannot take a new
+    // file at all, every attempt fails alike.
     for (int attempt = 0; attempt < kTemporaryNameDraws; ++attempt) {
       errorResult.clear();
       count = instance->writeXPointer(

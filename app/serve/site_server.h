@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "distinct_draws.h"
 #include "serve/confinement.h"
 #include "serve/serve_command.h"
 #include "tagwright/tagwright.h"
@@ -84,6 +85,9 @@ class SiteServer {
   static constexpr std::size_t kLoggedTimeBytes = 20;
   std::time_t loggedSecond_ = -1;
   char loggedTime_[kLoggedTimeBytes + 1] = {};
+  // Rewrites run at once here, each on its own instance: their temporary
+  // names come from distinct draws.
+  const std::shared_ptr<Platform> platform_ = withDistinctDraws(Tagwright::systemPlatform());
   std::mutex poolMutex_;
   std::vector<std::unique_ptr<Tagwright>> idle_;
   std::unique_ptr<BoundedServer> http_;
