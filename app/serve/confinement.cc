@@ -33,7 +33,8 @@ Confinement::Confinement(std::string resolvedRoot)
     : root_(std::move(resolvedRoot)),
       context_(std::make_shared<SiteContext>(root_, root_, /*followLinksOut=*/false)) {}
 
-Confinement::Verdict Confinement::name(const std::string& virtualName) const {
+template <typename MapName>
+Confinement::Verdict Confinement::checkedName(const std::string& virtualName, MapName map) const {
   if (virtualName.empty()) return refused(400, "a name is required");
   if (virtualName.find('\0') != std::string::npos) return refused(400, "a name holds a NUL byte");
   if (virtualName.find_first_of("\\:") != std::string::npos) {
@@ -41,13 +42,24 @@ Confinement::Verdict Confinement::name(const std::string& virtualName) const {
   }
   std::string mapped;
   try {
-    mapped = context_->Server().MapPath(virtualName);
+    mapped = map(virtualName);
   } catch (const std::exception&) {
     return refused(403, "the name lies outside the site root");
   }
   // The context gives the physical form of an absolute host path.
   std::replace(mapped.begin(), mapped.end(), '\\', '/');
   return {0, "", std::move(mapped)};
+}
+
+Confinement::Verdict Confinement::name(const std::string& virtualName) const {
+  return checkedName(virtualName,
+                     [this](const std::string& name) { return context_->Server().MapPath(name); });
+}
+
+Confinement::Verdict Confinement::name(const std::string& virtualName,
+                                       CheckedContext& through) const {
+  return checkedName(virtualName,
+                     [&through](const std::string& name) { return through.check(name); });
 }
 
 Confinement::Verdict Confinement::pattern(const std::string& filePattern) {

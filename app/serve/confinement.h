@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "serve/checked_context.h"
 #include "tagwright/tagwright.h"
 
 namespace tagwright {
@@ -38,6 +39,9 @@ class Confinement {
   // A name that does not exist passes when its nearest existing folder lies
   // inside the root; the component then reports it missing.
   Verdict name(const std::string& virtualName) const;
+  // The same, mapped through an instance's context, which keeps the mapping
+  // for the component's own of the same name.
+  Verdict name(const std::string& virtualName, CheckedContext& through) const;
   // A listing pattern: a plain file name with * and ?, no folder in it.
   static Verdict pattern(const std::string& filePattern);
   // A URL path of a static file, already percent-decoded.
@@ -45,6 +49,9 @@ class Confinement {
 
  private:
   std::string root_;
+  template <typename MapName>
+  Verdict checkedName(const std::string& virtualName, MapName map) const;
+
   std::shared_ptr<ScriptingContext> context_;
 };
 

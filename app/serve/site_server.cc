@@ -147,18 +147,20 @@ SiteServer::Lease::Lease(SiteServer& server) : server_(server) {
   {
     std::lock_guard<std::mutex> guard(server_.poolMutex_);
     if (!server_.idle_.empty()) {
-      instance_ = std::move(server_.idle_.back());
+      pooled_ = std::move(server_.idle_.back());
       server_.idle_.pop_back();
       return;
     }
   }
-  instance_ = std::make_unique<Tagwright>(*server_.platform_);
-  instance_->OnStartPage(server_.confinement_.context());
+  pooled_.context = std::make_shared<CheckedContext>(server_.confinement_.context());
+  pooled_.instance = std::make_unique<Tagwright>(*server_.platform_);
+  pooled_.instance->OnStartPage(pooled_.context);
 }
 
 SiteServer::Lease::~Lease() {
+  pooled_.context->forget();
   std::lock_guard<std::mutex> guard(server_.poolMutex_);
-  server_.idle_.push_back(std::move(instance_));
+  server_.idle_.push_back(std::move(pooled_));
 }
 
 void SiteServer::route() {
@@ -281,8 +283,8 @@ void SiteServer::readOperation(const httplib::Request& request, httplib::Respons
       {"doc"}, refusal);
   if (!parameters) return refuse(response, 400, refusal);
   const std::string doc = parameters->text("doc", "");
-  if (refusedName(confinement_.name(doc), response)) return;
   Lease instance(*this);
+  if (refusedName(instance.checked(doc), response)) return;
   int matches = 0;
   std::string result = instance->readXPointer(
       doc, parameters->text("element-name", "#element"), parameters->text("attribute-name", "*"),
@@ -302,8 +304,8 @@ void SiteServer::metaOperation(const httplib::Request& request, httplib::Respons
       refusal);
   if (!parameters) return refuse(response, 400, refusal);
   const std::string doc = parameters->text("doc", "");
-  if (refusedName(confinement_.name(doc), response)) return;
   Lease instance(*this);
+  if (refusedName(instance.checked(doc), response)) return;
   int matches = 0;
   std::string result = instance->readMetaContent(
       doc, parameters->text("meta-name", "*"), parameters->number("start-instance", 1),
@@ -321,8 +323,8 @@ void SiteServer::listOperation(const httplib::Request& request, httplib::Respons
   const std::string folder = parameters->text("folder", "");
   const std::string pattern = parameters->text("pattern", "*.*");
   if (refusedName(Confinement::pattern(pattern), response)) return;
-  if (refusedName(confinement_.name(folder), response)) return;
   Lease instance(*this);
+  if (refusedName(instance.checked(folder), response)) return;
   int matches = 0;
   std::string result =
       instance->fileListing(folder, pattern, parameters->text("separator", ""), &matches);
@@ -339,9 +341,8 @@ void SiteServer::writeOperation(const httplib::Request& request, httplib::Respon
       {"doc", "new-content"}, refusal);
   if (!parameters) return refuse(response, 400, refusal);
   const std::string doc = parameters->text("doc", "");
-  Confinement::Verdict verdict = confinement_.name(doc);
-  if (refusedName(verdict, response)) return;
   Lease instance(*this);
+  if (refusedName(instance.checked(doc), response)) return;
   std::string errorResult;
   int count = -1;
   {

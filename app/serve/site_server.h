@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "distinct_draws.h"
+#include "serve/checked_context.h"
 #include "serve/confinement.h"
 #include "serve/serve_command.h"
 #include "tagwright/tagwright.h"
@@ -47,6 +48,12 @@ class SiteServer {
  private:
   using Handler = void (SiteServer::*)(const httplib::Request&, httplib::Response&);
 
+  // An instance of the component with its own page context.
+  struct Pooled {
+    std::unique_ptr<Tagwright> instance;
+    std::shared_ptr<CheckedContext> context;
+  };
+
   // An instance of the component for one request, back in the pool when the
   // lease ends.
   class Lease {
@@ -55,11 +62,15 @@ class SiteServer {
     ~Lease();
     Lease(const Lease&) = delete;
     Lease& operator=(const Lease&) = delete;
-    Tagwright* operator->() const { return instance_.get(); }
+    Tagwright* operator->() const { return pooled_.instance.get(); }
+    // Checks a name of this request, which the instance then maps no more.
+    Confinement::Verdict checked(const std::string& name) const {
+      return server_.confinement_.name(name, *pooled_.context);
+    }
 
    private:
     SiteServer& server_;
-    std::unique_ptr<Tagwright> instance_;
+    Pooled pooled_;
   };
 
   void route();
@@ -89,7 +100,7 @@ class SiteServer {
   // names come from distinct draws.
   const std::shared_ptr<Platform> platform_ = withDistinctDraws(Tagwright::systemPlatform());
   std::mutex poolMutex_;
-  std::vector<std::unique_ptr<Tagwright>> idle_;
+  std::vector<Pooled> idle_;
   std::unique_ptr<BoundedServer> http_;
 };
 
