@@ -92,13 +92,15 @@ bool BoundedServer::serve() {
   for (std::size_t i = 0; i < bounds_.workers; ++i) workers.emplace_back([this] { work(); });
 
   const int tick = static_cast<int>(
-      std::clamp<std::chrono::milliseconds::rep>(bounds_.idle.count() / 4, 50, 1000));
+      std::clamp<std::chrono::milliseconds::rep>(bounds_.idle.count() / 4, 10, 100));
   for (;;) {
     pollfd woken{wakeFd_, POLLIN, 0};
     if (::poll(&woken, 1, tick) > 0) break;
     shutIdle();
+    if (tick_) tick_();
   }
   for (std::thread& worker : workers) worker.join();
+  if (tick_) tick_();
 
   std::lock_guard<std::mutex> guard(connectionsMutex_);
   for (const auto& connection : connections_) {

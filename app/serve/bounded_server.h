@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -41,6 +42,9 @@ class BoundedServer final : public httplib::Server {
   // Ends serve(), also when called before it; the requests being served
   // are answered first.
   void halt();
+  // Called by the serving thread at least every tenth of a second while it
+  // serves, and once more when it ends.
+  void everyTick(std::function<void()> tick) { tick_ = std::move(tick); }
 
  private:
   struct Connection;
@@ -57,6 +61,7 @@ class BoundedServer final : public httplib::Server {
   void shutIdle();
 
   Bounds bounds_;
+  std::function<void()> tick_;
   int wakeFd_;
   int epollFd_;
   std::atomic<bool> halted_{false};

@@ -24,6 +24,7 @@ namespace {
 constexpr const char* kApi = "/_tagwright/api/";
 constexpr const char* kTimingHeader = "Server-Timing";
 constexpr int kTemporaryNameDraws = 3;
+constexpr std::size_t kLogBlockBytes = 4096;
 constexpr std::string_view kTemporaryFileFailure =
     "ERROR: Cannot open output file to write new content.";
 
@@ -223,6 +224,7 @@ void SiteServer::route() {
   http.set_logger([this](const httplib::Request& request, const httplib::Response& response) {
     logRequest(request, response);
   });
+  http.everyTick([this] { flushLog(); });
 }
 
 SiteServer::Handler SiteServer::directHandler(const httplib::Request& request) const {
@@ -442,7 +444,18 @@ void SiteServer::logRequest(const httplib::Request& request, const httplib::Resp
     loggedSecond_ = now;
   }
   line.replace(0, kLoggedTimeBytes, loggedTime_, kLoggedTimeBytes);
-  log_ << line << std::flush;
+  pendingLog_ += line;
+  if (pendingLog_.size() >= kLogBlockBytes) {
+    log_ << pendingLog_ << std::flush;
+    pendingLog_.clear();
+  }
+}
+
+void SiteServer::flushLog() {
+  std::lock_guard<std::mutex> guard(logMutex_);
+  if (pendingLog_.empty()) return;
+  log_ << pendingLog_ << std::flush;
+  pendingLog_.clear();
 }
 
 }  // namespace tagwright

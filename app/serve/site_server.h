@@ -86,6 +86,8 @@ class SiteServer {
   void siteFile(const httplib::Request& request, httplib::Response& response);
   void editorFile(const httplib::Request& request, httplib::Response& response);
   void logRequest(const httplib::Request& request, const httplib::Response& response);
+  // Writes out the access lines gathered so far.
+  void flushLog();
 
   ServeOptions options_;
   Confinement confinement_;
@@ -96,6 +98,9 @@ class SiteServer {
   static constexpr std::size_t kLoggedTimeBytes = 20;
   std::time_t loggedSecond_ = -1;
   char loggedTime_[kLoggedTimeBytes + 1] = {};
+  // Lines not yet written: under load they leave in blocks, not one write
+  // per request, and never later than the server's next tick.
+  std::string pendingLog_;
   // Rewrites run at once here, each on its own instance: their temporary
   // names come from distinct draws.
   const std::shared_ptr<Platform> platform_ = withDistinctDraws(Tagwright::systemPlatform());

@@ -64,7 +64,9 @@ class ServedSite {
     EXPECT_GT(port_, 0);
     thread_ = std::thread([this] { server_->run(); });
   }
-  ~ServedSite() {
+  ~ServedSite() { stop(); }
+  void stop() {
+    if (!thread_.joinable()) return;
     server_->stop();
     thread_.join();
   }
@@ -103,7 +105,11 @@ class ServedSite {
     return fd;
   }
   const TempFolder& folder() const { return folder_; }
-  std::string log() const { return log_.str(); }
+  // The access log, once the server has stopped and written all of it.
+  std::string log() {
+    stop();
+    return log_.str();
+  }
 
  private:
   TempFolder folder_;
