@@ -37,12 +37,21 @@ void turnAway(int fd) {
 
 }  // namespace
 
-// In the epoll set a connection is found by its address; the wake-up
+// In an epoll set a connection is found by its address; the wake-up
 // descriptor by null and the listening socket by the server's own address.
-struct BoundedServer::Connection {
-  Connection(int fd, std::chrono::milliseconds writeBound) : stream(fd, writeBound) {}
+struct BoundedServer::Loop {
+  ~Loop() {
+    if (epollFd >= 0) ::close(epollFd);
+  }
+  int epollFd = ::epoll_create1(EPOLL_CLOEXEC);
+  std::thread thread;
+};
 
-  // Takes the connection for a worker: false when it was shut as idle.
+struct BoundedServer::Connection {
+  Connection(int fd, std::chrono::milliseconds writeBound, Loop& owner)
+      : stream(fd, writeBound), loop(owner) {}
+
+  // Takes the connection from its loop's set: false when it was shut as idle.
   bool take() {
     Clock::rep since = parkedSince.load();
     while (since > 0) {
@@ -55,38 +64,44 @@ struct BoundedServer::Connection {
   static constexpr Clock::rep kShut = -1;
 
   ConnectionStream stream;
-  // When it was parked to wait for a request, or kBusy while a worker
-  // serves it, or kShut once it waited too long. One value, so that a
-  // connection parked anew is never taken for the one parked before.
+  Loop& loop;
+  // When it was parked to wait for a request, or kBusy while a loop or a
+  // worker serves it, or kShut once it waited too long. One value, so that
+  // a connection parked anew is never taken for the one parked before.
   std::atomic<Clock::rep> parkedSince{kBusy};
   std::size_t requestsLeft = 0;
-  bool inEpoll = false;
+  bool inLoopSet = false;
   std::list<std::unique_ptr<Connection>>::iterator self;
 };
 
 BoundedServer::BoundedServer(const Bounds& bounds)
-    : bounds_(bounds),
-      wakeFd_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      epollFd_(::epoll_create1(EPOLL_CLOEXEC)) {
+    : bounds_(bounds), wakeFd_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   bounds_.workers = std::max<std::size_t>(bounds_.workers, 1);
+  if (bounds_.loops == 0) bounds_.loops = std::max(1u, std::thread::hardware_concurrency());
 }
 
 BoundedServer::~BoundedServer() {
   if (wakeFd_ >= 0) ::close(wakeFd_);
-  if (epollFd_ >= 0) ::close(epollFd_);
 }
 
 bool BoundedServer::serve() {
   const int listener = svr_sock_;
-  if (listener == INVALID_SOCKET || wakeFd_ < 0 || epollFd_ < 0) return false;
+  if (listener == INVALID_SOCKET || wakeFd_ < 0) return false;
   ::fcntl(listener, F_SETFL, ::fcntl(listener, F_GETFL) | O_NONBLOCK);
-  // The wake-up stays readable once written, so every worker sees it.
-  epoll_event wake{EPOLLIN, {.ptr = nullptr}};
-  epoll_event listening{EPOLLIN | EPOLLONESHOT, {.ptr = this}};
-  if (::epoll_ctl(epollFd_, EPOLL_CTL_ADD, wakeFd_, &wake) != 0 ||
-      ::epoll_ctl(epollFd_, EPOLL_CTL_ADD, listener, &listening) != 0) {
-    return false;
+  for (std::size_t i = 0; i < bounds_.loops; ++i) {
+    auto loop = std::make_unique<Loop>();
+    // The wake-up stays readable once written, so every loop sees it. The
+    // first loop alone accepts, so that connections are taken in the order
+    // they came and the bound on their number holds in that order.
+    epoll_event wake{EPOLLIN, {.ptr = nullptr}};
+    epoll_event listening{EPOLLIN, {.ptr = this}};
+    if (loop->epollFd < 0 || ::epoll_ctl(loop->epollFd, EPOLL_CTL_ADD, wakeFd_, &wake) != 0 ||
+        (i == 0 && ::epoll_ctl(loop->epollFd, EPOLL_CTL_ADD, listener, &listening) != 0)) {
+      return false;
+    }
+    loops_.push_back(std::move(loop));
   }
+  for (const auto& loop : loops_) loop->thread = std::thread([this, &loop] { runLoop(*loop); });
   std::vector<std::thread> workers;
   workers.reserve(bounds_.workers);
   for (std::size_t i = 0; i < bounds_.workers; ++i) workers.emplace_back([this] { work(); });
@@ -99,6 +114,7 @@ bool BoundedServer::serve() {
     shutIdle();
     if (tick_) tick_();
   }
+  for (const auto& loop : loops_) loop->thread.join();
   for (std::thread& worker : workers) worker.join();
   if (tick_) tick_();
 
@@ -108,6 +124,7 @@ bool BoundedServer::serve() {
     ::close(connection->stream.socket());
   }
   connections_.clear();
+  loops_.clear();
   ::close(svr_sock_.exchange(INVALID_SOCKET));
   return true;
 }
@@ -118,24 +135,45 @@ void BoundedServer::halt() {
   if (wakeFd_ >= 0) {
     [[maybe_unused]] ssize_t written = ::write(wakeFd_, &one, sizeof one);
   }
+  std::lock_guard<std::mutex> guard(handedMutex_);
+  handedReady_.notify_all();
+}
+
+void BoundedServer::runLoop(Loop& loop) {
+  constexpr int kEvents = 64;
+  epoll_event events[kEvents];
+  for (;;) {
+    const int ready = ::epoll_wait(loop.epollFd, events, kEvents, -1);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready < 0) return;
+    for (int i = 0; i < ready; ++i) {
+      void* source = events[i].data.ptr;
+      if (source == nullptr) return;
+      if (source == this) {
+        acceptWaiting(svr_sock_);
+        continue;
+      }
+      auto& connection = *static_cast<Connection*>(source);
+      if (connection.take()) {
+        serveInLoop(connection);
+      } else {
+        close(connection);
+      }
+    }
+  }
 }
 
 void BoundedServer::work() {
   for (;;) {
-    epoll_event event{};
-    int ready = ::epoll_wait(epollFd_, &event, 1, -1);
-    if (ready < 0 && errno == EINTR) continue;
-    if (ready <= 0 || event.data.ptr == nullptr) return;
-    if (event.data.ptr == this) {
-      acceptWaiting(svr_sock_);
-      continue;
+    Connection* connection = nullptr;
+    {
+      std::unique_lock<std::mutex> lock(handedMutex_);
+      handedReady_.wait(lock, [this] { return halted_ || !handed_.empty(); });
+      if (handed_.empty()) return;
+      connection = handed_.front();
+      handed_.pop_front();
     }
-    auto& connection = *static_cast<Connection*>(event.data.ptr);
-    if (connection.take()) {
-      serveRequests(connection);
-    } else {
-      close(connection);
-    }
+    serveRequests(*connection);
   }
 }
 
@@ -148,11 +186,13 @@ void BoundedServer::acceptWaiting(int listener) {
       if (errno != EAGAIN && errno != EWOULDBLOCK) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
       }
-      break;
+      return;
     }
     int one = 1;
     ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-    auto owned = std::make_unique<Connection>(fd, bounds_.idle);
+    // The loops take new connections in turn, so that each serves its share.
+    Loop& loop = *loops_[nextLoop_++ % loops_.size()];
+    auto owned = std::make_unique<Connection>(fd, bounds_.idle, loop);
     Connection& connection = *owned;
     {
       std::lock_guard<std::mutex> guard(connectionsMutex_);
@@ -170,13 +210,43 @@ void BoundedServer::acceptWaiting(int listener) {
     connection.requestsLeft = keep_alive_max_count_;
     park(connection);
   }
-  epoll_event listening{EPOLLIN | EPOLLONESHOT, {.ptr = this}};
-  ::epoll_ctl(epollFd_, EPOLL_CTL_MOD, listener, &listening);
+}
+
+void BoundedServer::serveInLoop(Connection& connection) {
+  ConnectionStream& stream = connection.stream;
+  stream.allowWaiting(false);
+  if (!stream.receive()) return close(connection);
+  while (stream.hasInput()) {
+    if (!stream.holdsRequestWithoutBody()) return handOff(connection);
+    const bool last = connection.requestsLeft <= 1;
+    bool clientCloses = false;
+    bool served = process_request(stream, last, clientCloses, nullptr);
+    served = stream.flush() && served;
+    --connection.requestsLeft;
+    if (!served || clientCloses || last) return close(connection);
+    if (stream.unsent()) return handOff(connection);
+  }
+  park(connection);
+}
+
+void BoundedServer::handOff(Connection& connection) {
+  if (connection.inLoopSet) {
+    ::epoll_ctl(connection.loop.epollFd, EPOLL_CTL_DEL, connection.stream.socket(), nullptr);
+    connection.inLoopSet = false;
+  }
+  {
+    std::lock_guard<std::mutex> guard(handedMutex_);
+    handed_.push_back(&connection);
+  }
+  handedReady_.notify_one();
 }
 
 void BoundedServer::serveRequests(Connection& connection) {
   ConnectionStream& stream = connection.stream;
-  for (;;) {
+  stream.allowWaiting(true);
+  // What the loop could not send at once goes first.
+  if (!stream.flush()) return close(connection);
+  while (stream.hasInput()) {
     stream.beginRequest(Clock::now() + bounds_.request);
     const bool last = connection.requestsLeft <= 1;
     bool clientCloses = false;
@@ -184,20 +254,23 @@ void BoundedServer::serveRequests(Connection& connection) {
     served = stream.flush() && served;
     --connection.requestsLeft;
     if (!served || clientCloses || last || stream.expired() || halted_) return close(connection);
-    // Requests sent together are answered in turn; the socket may hold more.
-    if (!stream.hasInput()) return park(connection);
   }
+  park(connection);
 }
 
 void BoundedServer::park(Connection& connection) {
-  const int fd = connection.stream.socket();
-  const int operation = connection.inEpoll ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
-  connection.inEpoll = true;
-  epoll_event waiting{EPOLLIN | EPOLLRDHUP | EPOLLONESHOT, {.ptr = &connection}};
-  // Once in the set another worker may take the connection: nothing of it
-  // is touched here after that, unless it never got there.
+  const bool wasInSet = connection.inLoopSet;
+  connection.inLoopSet = true;
+  // From here its loop (or the idle sweep) may take the connection: nothing
+  // of it is touched after that, unless it never got into the set.
   connection.parkedSince = std::max<Clock::rep>(Clock::now().time_since_epoch().count(), 1);
-  if (::epoll_ctl(epollFd_, operation, fd, &waiting) != 0) close(connection);
+  if (wasInSet) return;
+  // Level-triggered: bytes that came while a worker had it wake the loop.
+  epoll_event waiting{EPOLLIN | EPOLLRDHUP, {.ptr = &connection}};
+  if (::epoll_ctl(connection.loop.epollFd, EPOLL_CTL_ADD, connection.stream.socket(), &waiting) !=
+      0) {
+    close(connection);
+  }
 }
 
 void BoundedServer::close(Connection& connection) {
@@ -220,7 +293,7 @@ void BoundedServer::shutIdle() {
   for (const auto& connection : connections_) {
     Clock::rep since = connection->parkedSince.load();
     if (since <= 0 || now - since < idle) continue;
-    // The shut socket wakes the epoll set: the worker that takes it closes it.
+    // The shut socket wakes its loop, which closes it.
     if (connection->parkedSince.compare_exchange_strong(since, Connection::kShut)) {
       ::shutdown(connection->stream.socket(), SHUT_RDWR);
     }

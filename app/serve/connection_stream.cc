@@ -4,8 +4,10 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 namespace tagwright {
 namespace {
@@ -53,6 +55,46 @@ bool ConnectionStream::waitFor(short events, Clock::time_point deadline) const {
   }
 }
 
+bool ConnectionStream::receive() {
+  std::size_t kept = inputEnd_ - inputBegin_;
+  if (kept == input_.size()) return true;
+  std::memmove(input_.data(), input_.data() + inputBegin_, kept);
+  inputBegin_ = 0;
+  inputEnd_ = kept;
+  for (;;) {
+    ssize_t got = ::recv(fd_, input_.data() + kept, input_.size() - kept, MSG_DONTWAIT);
+    if (got > 0) {
+      inputEnd_ += static_cast<std::size_t>(got);
+      return true;
+    }
+    if (got < 0 && errno == EINTR) continue;
+    return got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+  }
+}
+
+bool ConnectionStream::holdsRequestWithoutBody() const {
+  std::string_view input(input_.data() + inputBegin_, inputEnd_ - inputBegin_);
+  if (!input.starts_with("GET ") && !input.starts_with("HEAD ")) return false;
+  const std::size_t end = input.find("\r\n\r\n");
+  if (end == std::string_view::npos) return false;
+  std::string_view head = input.substr(0, end + 2);
+  // A header that announces a body, in any case of letters. If a header
+  // escapes this test, the read of its body finds nothing to wait for, and
+  // the request fails instead of holding the loop.
+  for (std::size_t line = head.find("\r\n") + 2; line < head.size();) {
+    const std::size_t next = head.find("\r\n", line);
+    std::string_view name = head.substr(line, std::min(next, head.find(':', line)) - line);
+    for (std::string_view bodyHeader : {"content-length", "transfer-encoding"}) {
+      if (std::equal(name.begin(), name.end(), bodyHeader.begin(), bodyHeader.end(),
+                     [](char a, char b) { return (a | 0x20) == b; })) {
+        return false;
+      }
+    }
+    line = next + 2;
+  }
+  return true;
+}
+
 ssize_t ConnectionStream::read(char* ptr, size_t size) {
   // httplib reads the request line and headers a byte at a time.
   if (size == 1 && inputBegin_ < inputEnd_) {
@@ -60,7 +102,7 @@ ssize_t ConnectionStream::read(char* ptr, size_t size) {
     return 1;
   }
   if (inputBegin_ == inputEnd_) {
-    if (expired_) return -1;
+    if (expired_ || !waitingAllowed_) return -1;
     for (;;) {
       ssize_t got = ::recv(fd_, input_.data(), input_.size(), MSG_DONTWAIT);
       if (got >= 0) {
@@ -88,23 +130,37 @@ ssize_t ConnectionStream::read(char* ptr, size_t size) {
 
 ssize_t ConnectionStream::write(const char* ptr, size_t size) {
   if (broken_) return -1;
-  if (output_.size() + size <= kGatherBytes) {
+  if (output_.size() + size <= kGatherBytes || (!waitingAllowed_ && !output_.empty())) {
     output_.append(ptr, size);
     return static_cast<ssize_t>(size);
   }
-  if (!flush() || !sendAll(ptr, size)) return -1;
+  if (!flush()) return -1;
+  if (!waitingAllowed_ && !output_.empty()) {
+    output_.append(ptr, size);
+  } else if (waitingAllowed_ ? !sendAll(ptr, size) : !sendSome(ptr, size)) {
+    return -1;
+  } else {
+    // Without waiting, what the socket did not take is kept to be sent.
+    output_.append(ptr, waitingAllowed_ ? 0 : size);
+  }
   return static_cast<ssize_t>(size);
 }
 
 bool ConnectionStream::flush() {
   if (output_.empty()) return !broken_;
+  if (!waitingAllowed_) {
+    const char* data = output_.data();
+    std::size_t left = output_.size();
+    const bool sent = sendSome(data, left);
+    output_.erase(0, output_.size() - left);
+    return sent;
+  }
   bool sent = sendAll(output_.data(), output_.size());
   output_.clear();
   return sent;
 }
 
-bool ConnectionStream::sendAll(const char* data, std::size_t size) {
-  Clock::time_point deadline = Clock::now() + writeBound_;
+bool ConnectionStream::sendSome(const char*& data, std::size_t& size) {
   while (size > 0 && !broken_) {
     ssize_t sent = ::send(fd_, data, size, MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent > 0) {
@@ -113,10 +169,18 @@ bool ConnectionStream::sendAll(const char* data, std::size_t size) {
     } else if (sent < 0 && errno == EINTR) {
       continue;
     } else if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      broken_ = !waitFor(POLLOUT, deadline);
+      break;
     } else {
       broken_ = true;
     }
+  }
+  return !broken_;
+}
+
+bool ConnectionStream::sendAll(const char* data, std::size_t size) {
+  Clock::time_point deadline = Clock::now() + writeBound_;
+  while (size > 0 && sendSome(data, size)) {
+    if (size > 0) broken_ = !waitFor(POLLOUT, deadline);
   }
   return !broken_;
 }

@@ -20,6 +20,17 @@ class ConnectionStream final : public httplib::Stream {
 
   // True while bytes of a next request are read but not yet taken.
   bool hasInput() const { return inputBegin_ < inputEnd_; }
+  // True when the bytes read and not yet taken hold the whole of a GET or
+  // HEAD request, one that has no body: an event loop may serve it.
+  bool holdsRequestWithoutBody() const;
+  // Reads what the socket holds without waiting: false when the client has
+  // closed or the read failed.
+  bool receive();
+  // While off, no read or write waits: a read finds only what was received,
+  // and what cannot be sent at once stays to be sent (see unsent()).
+  void allowWaiting(bool allowed) { waitingAllowed_ = allowed; }
+  // True while answered bytes wait to be sent.
+  bool unsent() const { return !output_.empty(); }
   // Every read from now on must be done by `deadline`.
   void beginRequest(Clock::time_point deadline) { deadline_ = deadline; }
   // True once a read ran into the deadline: the connection must end.
@@ -40,12 +51,15 @@ class ConnectionStream final : public httplib::Stream {
   // Waits until `events` are ready on the socket or `deadline` passes.
   bool waitFor(short events, Clock::time_point deadline) const;
   bool sendAll(const char* data, std::size_t size);
+  // Sends what the socket takes at once; `size` keeps what it did not.
+  bool sendSome(const char*& data, std::size_t& size);
 
   int fd_;
   std::chrono::milliseconds writeBound_;
   Clock::time_point deadline_ = Clock::time_point::max();
   bool expired_ = false;
   bool broken_ = false;
+  bool waitingAllowed_ = true;
   std::string input_;
   std::size_t inputBegin_ = 0;
   std::size_t inputEnd_ = 0;

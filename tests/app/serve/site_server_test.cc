@@ -15,12 +15,14 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <future>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 #include "support/temp_folder.h"
 
@@ -369,6 +371,26 @@ TEST(SiteServer, PublicReadAnswersInTurnAndGuardsWrites) {
   }
   EXPECT_EQ(answers, 3u) << all;
   EXPECT_TRUE(answer.body.ends_with(kPage)) << all;
+}
+
+// Clients that ask for a large answer and do not read it hold up no one:
+// what the socket does not take leaves with a worker, not with the loop
+// that serves the other connections.
+TEST(SiteServer, UnreadLargeAnswersHoldUpNoOneElse) {
+  ServedSite site(/*publicRead=*/true, /*idleSeconds=*/30);
+  std::ofstream(site.folder().host("site/big.htm"), std::ios::binary) << std::string(8 << 20, 'x');
+  std::vector<int> stalled;
+  for (unsigned i = 0; i < 2 * std::max(1u, std::thread::hardware_concurrency()); ++i) {
+    stalled.push_back(site.connected());
+    const std::string request = "GET /big.htm HTTP/1.1\r\nHost: x\r\n\r\n";
+    ::send(stalled.back(), request.data(), request.size(), MSG_NOSIGNAL);
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  auto answer = std::async(std::launch::async, [&] { return site.call("GET", "/page.htm"); });
+  // A loop held by a stalled client would answer only after the 30 s bound.
+  ASSERT_EQ(answer.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  EXPECT_EQ(answer.get().body, kPage);
+  for (int fd : stalled) ::close(fd);
 }
 
 }  // namespace
