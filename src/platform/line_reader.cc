@@ -46,7 +46,7 @@ bool LineReader::fill() {
   }
   end_ = source_.read(buffer_.get(), readBefore_ ? capacity_ : std::min(capacity_, kFirstRead));
   readBefore_ = true;
-  if (end_ == 0) exhausted_ = true;
+  if (end_ == 0 || source_.reachedEnd()) exhausted_ = true;
   return end_ > 0;
 }
 

@@ -19,6 +19,9 @@ class ByteSource {
   virtual std::size_t read(char* buffer, std::size_t capacity) = 0;
   // The bytes that reads are still expected to give, 0 when not known.
   virtual std::size_t bytesLeft() const { return 0; }
+  // True when the last read is known to have reached the end, so that no
+  // read is needed to find it.
+  virtual bool reachedEnd() const { return false; }
 };
 
 // Splits a byte stream into lines: a line end is CR or CR LF; a lone LF is

@@ -79,12 +79,18 @@ bool existsWithoutLinks(const std::string& path) {
 // `expectedSize` is the file's size when it was opened, 0 when not known.
 class FdSource : public ByteSource {
  public:
-  FdSource(int fd, std::uint64_t expectedSize) : fd_(fd), expectedSize_(expectedSize) {}
+  // `plainFile`: the descriptor reads a plain file, which gives fewer bytes
+  // than asked for only at its end (a pipe may give fewer at any time).
+  FdSource(int fd, std::uint64_t expectedSize, bool plainFile)
+      : fd_(fd), expectedSize_(expectedSize), plainFile_(plainFile) {}
   std::size_t read(char* buffer, std::size_t capacity) override {
     for (;;) {
       ssize_t n = ::read(fd_, buffer, capacity);
       if (n >= 0) {
         bytesRead_ += static_cast<std::uint64_t>(n);
+        // A small page is then read with one call, not with a second that
+        // finds its end.
+        shortRead_ = plainFile_ && static_cast<std::size_t>(n) < capacity;
         return static_cast<std::size_t>(n);
       }
       if (errno != EINTR) failWithErrno();
@@ -93,11 +99,14 @@ class FdSource : public ByteSource {
   std::size_t bytesLeft() const override {
     return expectedSize_ > bytesRead_ ? static_cast<std::size_t>(expectedSize_ - bytesRead_) : 0;
   }
+  bool reachedEnd() const override { return shortRead_; }
 
  private:
   int fd_;
   const std::uint64_t expectedSize_;
+  const bool plainFile_;
   std::uint64_t bytesRead_ = 0;
+  bool shortRead_ = false;
 };
 
 void writeAll(int fd, const char* data, std::size_t size) {
@@ -169,8 +178,8 @@ std::size_t readBufferFor(std::uint64_t size) {
 }
 
 struct OpenFile {
-  OpenFile(int descriptor, std::uint64_t size)
-      : fd(descriptor), source(descriptor, size), reader(source, readBufferFor(size)) {}
+  OpenFile(int descriptor, std::uint64_t size, bool plainFile)
+      : fd(descriptor), source(descriptor, size, plainFile), reader(source, readBufferFor(size)) {}
   ~OpenFile() {
     backgroundSync.wait();
     if (fd >= 0) ::close(fd);
@@ -217,8 +226,9 @@ OpenFile& fileOf(Int16 fileNumber) {
   return *it->second;
 }
 
-void openUnder(Int16 fileNumber, int fd, bool forOutput, std::uint64_t size) {
-  auto file = std::make_unique<OpenFile>(fd, size);
+void openUnder(Int16 fileNumber, int fd, bool forOutput, std::uint64_t size,
+               bool plainFile = false) {
+  auto file = std::make_unique<OpenFile>(fd, size, plainFile);
   file->forOutput = forOutput;
   file->inputSize = size;
   threadFiles[fileNumber.value()] = std::move(file);
@@ -339,7 +349,7 @@ class PosixPlatform : public Platform {
     }
     std::uint64_t size = 0;
     int fd = openPlainFile(host, size);
-    openUnder(fileNumber, fd, false, size);
+    openUnder(fileNumber, fd, false, size, /*plainFile=*/true);
   }
 
   void openForOutput(Int16 fileNumber, TextView path) override {
