@@ -77,7 +77,13 @@ struct BoundedServer::Connection {
 BoundedServer::BoundedServer(const Bounds& bounds)
     : bounds_(bounds), wakeFd_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   bounds_.workers = std::max<std::size_t>(bounds_.workers, 1);
-  if (bounds_.loops == 0) bounds_.loops = std::max(1u, std::thread::hardware_concurrency());
+  // A loop that opens a page not in the cache waits for the disk, and its
+  // connections with it: a few loops a processor keep the processors busy
+  // while some wait.
+  constexpr unsigned kLoopsPerProcessor = 4;
+  if (bounds_.loops == 0) {
+    bounds_.loops = kLoopsPerProcessor * std::max(1u, std::thread::hardware_concurrency());
+  }
 }
 
 BoundedServer::~BoundedServer() {

@@ -23,7 +23,7 @@ namespace tagwright {
 // so long for its next request, and connections beyond the workers and
 // their waiting line are turned away with 503 instead of queuing unbounded.
 //
-// Each connection belongs to one of a few event loops, one per processor. A
+// Each connection belongs to one of a few event loops per processor. A
 // loop serves a request at once when the whole of it has arrived and it has
 // no body (a GET or a HEAD): it never waits on a client, so one thread
 // serves many connections, with no thread woken or switched per request.
@@ -39,7 +39,7 @@ class BoundedServer final : public httplib::Server {
     std::chrono::milliseconds idle{5000};      // before a next request, and per answer sent
     std::size_t workers = 16;                  // requests that may wait on a client at once
     std::size_t waiting = 16;                  // further connections held open
-    std::size_t loops = 0;                     // event loops; 0: one per processor
+    std::size_t loops = 0;                     // event loops; 0: a few per processor
   };
 
   explicit BoundedServer(const Bounds& bounds);
