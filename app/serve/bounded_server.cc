@@ -210,6 +210,12 @@ void BoundedServer::acceptWaiting(int listener) {
     // Every worker busy and the waiting line full: say so at once, without
     // waiting on this client, and take the next connection.
     if (owned) {
+      if (turnedAway_) {
+        std::string ip;
+        int port = 0;
+        socketAddress(fd, true, ip, port);
+        turnedAway_(ip, port, kTurnedAway.size() - kTurnedAway.find("\r\n\r\n") - 4);
+      }
       turnAway(fd);
       continue;
     }

@@ -12,6 +12,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace tagwright {
@@ -53,6 +54,12 @@ class BoundedServer final : public httplib::Server {
   // Called by the serving thread at least every tenth of a second while it
   // serves, and once more when it ends.
   void everyTick(std::function<void()> tick) { tick_ = std::move(tick); }
+  // Called for each connection turned away with 503, with the client's
+  // address and the bytes of the answer's body.
+  void whenTurnedAway(
+      std::function<void(const std::string& ip, int port, std::size_t bodyBytes)> turnedAway) {
+    turnedAway_ = std::move(turnedAway);
+  }
 
  private:
   struct Connection;
@@ -78,6 +85,7 @@ class BoundedServer final : public httplib::Server {
 
   Bounds bounds_;
   std::function<void()> tick_;
+  std::function<void(const std::string&, int, std::size_t)> turnedAway_;
   int wakeFd_;
   std::atomic<bool> halted_{false};
   std::vector<std::unique_ptr<Loop>> loops_;

@@ -24,7 +24,9 @@ int millisecondsUntil(ConnectionStream::Clock::time_point deadline) {
   return static_cast<int>(std::min<std::chrono::milliseconds::rep>(left.count(), 1 << 30));
 }
 
-void addressOf(int fd, bool peer, std::string& ip, int& port) {
+}  // namespace
+
+void socketAddress(int fd, bool peer, std::string& ip, int& port) {
   sockaddr_storage address{};
   socklen_t length = sizeof address;
   auto* raw = reinterpret_cast<sockaddr*>(&address);
@@ -38,8 +40,6 @@ void addressOf(int fd, bool peer, std::string& ip, int& port) {
   ip = host;
   port = std::atoi(service);
 }
-
-}  // namespace
 
 ConnectionStream::ConnectionStream(int fd, std::chrono::milliseconds writeBound)
     : fd_(fd), writeBound_(writeBound) {
@@ -186,13 +186,13 @@ bool ConnectionStream::sendAll(const char* data, std::size_t size) {
 }
 
 void ConnectionStream::get_remote_ip_and_port(std::string& ip, int& port) const {
-  if (peerPort_ < 0) addressOf(fd_, true, peerIp_, peerPort_);
+  if (peerPort_ < 0) socketAddress(fd_, true, peerIp_, peerPort_);
   ip = peerIp_;
   port = peerPort_;
 }
 
 void ConnectionStream::get_local_ip_and_port(std::string& ip, int& port) const {
-  if (localPort_ < 0) addressOf(fd_, false, localIp_, localPort_);
+  if (localPort_ < 0) socketAddress(fd_, false, localIp_, localPort_);
   ip = localIp_;
   port = localPort_;
 }

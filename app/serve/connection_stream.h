@@ -8,6 +8,10 @@
 
 namespace tagwright {
 
+// The numeric address and port of a socket's peer (or its own end), left as
+// they were when the system cannot tell.
+void socketAddress(int fd, bool peer, std::string& ip, int& port);
+
 // One client connection as httplib reads and writes it. Every read of a
 // request is bounded by that request's deadline, not by each receive, so a
 // client that drips bytes is cut off as surely as a silent one; writes are

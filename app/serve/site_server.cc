@@ -225,6 +225,11 @@ void SiteServer::route() {
     logRequest(request, response);
   });
   http.everyTick([this] { flushLog(); });
+  // A connection turned away had no request read: "-" stands for its
+  // method and path.
+  http.whenTurnedAway([this](const std::string& ip, int port, std::size_t bodyBytes) {
+    logLine(ip, port, "-", "-", 503, bodyBytes, "0");
+  });
 }
 
 SiteServer::Handler SiteServer::directHandler(const httplib::Request& request) const {
@@ -416,21 +421,28 @@ void SiteServer::logRequest(const httplib::Request& request, const httplib::Resp
   if (std::size_t at = timing.find("dur="); at != std::string::npos) {
     milliseconds = std::string_view(timing).substr(at + 4);
   }
+  logLine(request.remote_addr, request.remote_port, request.method, request.path, response.status,
+          response.body.size(), milliseconds);
+}
+
+void SiteServer::logLine(const std::string& ip, int port, const std::string& method,
+                         const std::string& path, int status, std::size_t bytes,
+                         std::string_view milliseconds) {
   std::string line;
-  line.reserve(64 + request.path.size() + request.remote_addr.size());
+  line.reserve(64 + path.size() + ip.size());
   line.append(kLoggedTimeBytes, ' ');
   line += ' ';
-  line += request.remote_addr;
+  line += ip;
   line += ':';
-  line += std::to_string(request.remote_port);
+  line += std::to_string(port);
   line += ' ';
-  appendLoggedPath(line, request.method);
+  appendLoggedPath(line, method);
   line += ' ';
-  appendLoggedPath(line, request.path);
+  appendLoggedPath(line, path);
   line += ' ';
-  line += std::to_string(response.status);
+  line += std::to_string(status);
   line += ' ';
-  line += std::to_string(response.body.size());
+  line += std::to_string(bytes);
   line += ' ';
   line += milliseconds;
   line += "ms\n";

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "distinct_draws.h"
@@ -86,6 +87,9 @@ class SiteServer {
   void siteFile(const httplib::Request& request, httplib::Response& response);
   void editorFile(const httplib::Request& request, httplib::Response& response);
   void logRequest(const httplib::Request& request, const httplib::Response& response);
+  // One access line; `method` and `path` as the client sent them.
+  void logLine(const std::string& ip, int port, const std::string& method, const std::string& path,
+               int status, std::size_t bytes, std::string_view milliseconds);
   // Writes out the access lines gathered so far.
   void flushLog();
 

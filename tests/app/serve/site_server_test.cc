@@ -19,6 +19,7 @@
 #include <future>
 #include <mutex>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -349,6 +350,8 @@ TEST(SiteServer, TurnsAwayClientsBeyondTheWaitingLine) {
   EXPECT_NE(turnedAway.body.find("too busy"), std::string::npos);
   ::close(kept);
   ::close(waiting);
+  const std::string log = site.log();
+  EXPECT_TRUE(std::regex_search(log, std::regex(R"(Z 127\.0\.0\.1:\d+ - - 503 35 0ms\n)"))) << log;
 }
 
 // Requests sent together on one kept-alive connection are answered in turn;
