@@ -345,7 +345,7 @@ int runHost(const std::vector<std::string>& arguments, std::istream& in, std::os
     err << "Run 'tagwright " << (failed == &app ? "" : failed->get_name() + " ") << "--help'.\n";
     return 2;
   }
-  if (serve->parsed()) return runServe(serveOptions, err);
+  if (serve->parsed()) return runServe(serveOptions, arguments, err);
 
   ContextSetting setting;
   setting.present = !line.noContext;

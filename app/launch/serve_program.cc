@@ -25,19 +25,11 @@ std::vector<std::filesystem::path> servePrograms() {
 
 }  // namespace
 
-int runServe(const ServeOptions& options, std::ostream& err) {
-  // "--name=value" keeps a value that begins with "-" a value.
-  std::vector<std::string> arguments = {
-      "tagwright-serve",
-      "serve",
-      "--root=" + options.root,
-      "--listen=" + options.listen,
-      "--token-file=" + options.tokenFile,
-      "--threads=" + std::to_string(options.threads),
-      "--max-body=" + std::to_string(options.maxBodyBytes),
-      "--timeout=" + std::to_string(options.timeoutSeconds),
-      "--request-timeout=" + std::to_string(options.requestTimeoutSeconds)};
-  if (options.publicRead) arguments.emplace_back("--public-read");
+// The arguments go on as the user gave them: rebuilt option by option, a
+// new option could be dropped on the way, as --request-timeout once was.
+int runServe(const ServeOptions&, const std::vector<std::string>& given, std::ostream& err) {
+  std::vector<std::string> arguments = {"tagwright-serve"};
+  arguments.insert(arguments.end(), given.begin(), given.end());
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);

@@ -22,7 +22,7 @@ std::string readToken(const std::string& file) {
 
 }  // namespace
 
-int runServe(const ServeOptions& options, std::ostream& err) {
+int runServe(const ServeOptions& options, const std::vector<std::string>&, std::ostream& err) {
   char resolved[PATH_MAX];
   std::error_code ignored;
   if (::realpath(options.root.c_str(), resolved) == nullptr ||

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace tagwright {
 
@@ -29,9 +30,11 @@ CLI::App* addServeCommand(CLI::App& app, ServeOptions& options);
 //
 // The HTTP layer and the TLS library it brings are loaded by the program
 // `tagwright-serve` alone (app/serve/run_serve.cc): every other command starts
-// without them. In `tagwright` this call hands the options to that program,
-// which takes over the process (app/launch/serve_program.cc).
-int runServe(const ServeOptions& options, std::ostream& err);
+// without them. In `tagwright` this call hands `arguments`, the command line
+// as given (after the program's name), to that program, which parses them
+// the same way and takes over the process (app/launch/serve_program.cc).
+int runServe(const ServeOptions& options, const std::vector<std::string>& arguments,
+             std::ostream& err);
 
 }  // namespace tagwright
 
