@@ -23,7 +23,9 @@ CLI::App* addServeCommand(CLI::App& app, ServeOptions& options) {
       ->required();
   serve->add_flag("--public-read", options.publicRead,
                   "reads and the site's files need no token (writes always do)");
-  serve->add_option("--threads", options.threads, "requests handled at once")
+  serve
+      ->add_option("--threads", options.threads,
+                   "workers for requests that wait: rewrites, bodies, slow clients")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
   serve->add_option("--max-body", options.maxBodyBytes, "largest request body in bytes")
