@@ -71,6 +71,7 @@ struct BoundedServer::Connection {
   std::atomic<Clock::rep> parkedSince{kBusy};
   std::size_t requestsLeft = 0;
   bool inLoopSet = false;
+  bool closeWhenSent = false;  // once what a loop left unsent is sent
   std::list<std::unique_ptr<Connection>>::iterator self;
 };
 
@@ -232,11 +233,17 @@ void BoundedServer::serveInLoop(Connection& connection) {
     if (!stream.holdsRequestWithoutBody()) return handOff(connection);
     const bool last = connection.requestsLeft <= 1;
     bool clientCloses = false;
-    bool served = process_request(stream, last, clientCloses, nullptr);
-    served = stream.flush() && served;
+    const bool served = process_request(stream, last, clientCloses, nullptr);
+    const bool sent = stream.flush();
     --connection.requestsLeft;
-    if (!served || clientCloses || last) return close(connection);
-    if (stream.unsent()) return handOff(connection);
+    const bool keepOpen = served && sent && !clientCloses && !last;
+    // An answer the socket did not take whole is finished by a worker, also
+    // when the connection ends after it.
+    if (sent && stream.unsent()) {
+      connection.closeWhenSent = !keepOpen;
+      return handOff(connection);
+    }
+    if (!keepOpen) return close(connection);
   }
   park(connection);
 }
@@ -257,7 +264,7 @@ void BoundedServer::serveRequests(Connection& connection) {
   ConnectionStream& stream = connection.stream;
   stream.allowWaiting(true);
   // What the loop could not send at once goes first.
-  if (!stream.flush()) return close(connection);
+  if (!stream.flush() || connection.closeWhenSent) return close(connection);
   while (stream.hasInput()) {
     stream.beginRequest(Clock::now() + bounds_.request);
     const bool last = connection.requestsLeft <= 1;

@@ -135,14 +135,13 @@ ssize_t ConnectionStream::write(const char* ptr, size_t size) {
     return static_cast<ssize_t>(size);
   }
   if (!flush()) return -1;
-  if (!waitingAllowed_ && !output_.empty()) {
-    output_.append(ptr, size);
-  } else if (waitingAllowed_ ? !sendAll(ptr, size) : !sendSome(ptr, size)) {
-    return -1;
-  } else {
-    // Without waiting, what the socket did not take is kept to be sent.
-    output_.append(ptr, waitingAllowed_ ? 0 : size);
-  }
+  if (waitingAllowed_) return sendAll(ptr, size) ? static_cast<ssize_t>(size) : -1;
+  // Without waiting, what the socket does not take at once is kept to be
+  // sent, behind what was kept before.
+  const char* rest = ptr;
+  std::size_t restSize = size;
+  if (output_.empty() && !sendSome(rest, restSize)) return -1;
+  output_.append(rest, restSize);
   return static_cast<ssize_t>(size);
 }
 

@@ -19,6 +19,7 @@ struct ServeOptions {
   std::size_t maxBodyBytes = 1 << 20;
   int timeoutSeconds = 5;          // idle before a next request, and per answer sent
   int requestTimeoutSeconds = 20;  // for the whole of one request to arrive
+  std::size_t loops = 0;           // event loops; 0: four a processor (no option sets it)
 };
 
 // Adds the `serve` subcommand with its options to `app`.

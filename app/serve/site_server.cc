@@ -120,6 +120,7 @@ SiteServer::SiteServer(const ServeOptions& options, std::string resolvedRoot, st
   bounds.idle = std::chrono::seconds(options_.timeoutSeconds);
   bounds.workers = static_cast<std::size_t>(options_.threads);
   bounds.waiting = static_cast<std::size_t>(options_.threads);
+  bounds.loops = options_.loops;
   http_ = std::make_unique<BoundedServer>(bounds);
   route();
 }
