@@ -186,7 +186,10 @@ void BoundedServer::work() {
 
 void BoundedServer::acceptWaiting(int listener) {
   for (;;) {
-    int fd = ::accept4(listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    sockaddr_storage address{};
+    socklen_t length = sizeof address;
+    int fd = ::accept4(listener, reinterpret_cast<sockaddr*>(&address), &length,
+                       SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (fd < 0) {
       if (errno == EINTR || errno == ECONNABORTED) continue;
       // Out of descriptors: wait a little rather than spin on the backlog.
@@ -201,6 +204,10 @@ void BoundedServer::acceptWaiting(int listener) {
     Loop& loop = *loops_[nextLoop_++ % loops_.size()];
     auto owned = std::make_unique<Connection>(fd, bounds_.idle, loop);
     Connection& connection = *owned;
+    std::string ip;
+    int port = -1;
+    numericAddress(address, length, ip, port);
+    connection.stream.knowPeer(ip, port);
     {
       std::lock_guard<std::mutex> guard(connectionsMutex_);
       if (connections_.size() < bounds_.workers + bounds_.waiting) {
@@ -212,9 +219,6 @@ void BoundedServer::acceptWaiting(int listener) {
     // waiting on this client, and take the next connection.
     if (owned) {
       if (turnedAway_) {
-        std::string ip;
-        int port = 0;
-        socketAddress(fd, true, ip, port);
         turnedAway_(ip, port, kTurnedAway.size() - kTurnedAway.find("\r\n\r\n") - 4);
       }
       turnAway(fd);

@@ -26,19 +26,23 @@ int millisecondsUntil(ConnectionStream::Clock::time_point deadline) {
 
 }  // namespace
 
+void numericAddress(const sockaddr_storage& address, socklen_t length, std::string& ip, int& port) {
+  char host[NI_MAXHOST];
+  char service[NI_MAXSERV];
+  if (::getnameinfo(reinterpret_cast<const sockaddr*>(&address), length, host, sizeof host, service,
+                    sizeof service, NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
+    return;
+  }
+  ip = host;
+  port = std::atoi(service);
+}
+
 void socketAddress(int fd, bool peer, std::string& ip, int& port) {
   sockaddr_storage address{};
   socklen_t length = sizeof address;
   auto* raw = reinterpret_cast<sockaddr*>(&address);
   if ((peer ? ::getpeername(fd, raw, &length) : ::getsockname(fd, raw, &length)) != 0) return;
-  char host[NI_MAXHOST];
-  char service[NI_MAXSERV];
-  if (::getnameinfo(raw, length, host, sizeof host, service, sizeof service,
-                    NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
-    return;
-  }
-  ip = host;
-  port = std::atoi(service);
+  numericAddress(address, length, ip, port);
 }
 
 ConnectionStream::ConnectionStream(int fd, std::chrono::milliseconds writeBound)

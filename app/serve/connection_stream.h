@@ -2,6 +2,7 @@
 #define TAGWRIGHT_APP_SERVE_CONNECTION_STREAM_H_
 
 #include <httplib.h>
+#include <sys/socket.h>
 
 #include <chrono>
 #include <string>
@@ -11,6 +12,8 @@ namespace tagwright {
 // The numeric address and port of a socket's peer (or its own end), left as
 // they were when the system cannot tell.
 void socketAddress(int fd, bool peer, std::string& ip, int& port);
+// The same of an address as accept() gives it.
+void numericAddress(const sockaddr_storage& address, socklen_t length, std::string& ip, int& port);
 
 // One client connection as httplib reads and writes it. Every read of a
 // request is bounded by that request's deadline, not by each receive, so a
@@ -35,6 +38,12 @@ class ConnectionStream final : public httplib::Stream {
   void allowWaiting(bool allowed) { waitingAllowed_ = allowed; }
   // True while answered bytes wait to be sent.
   bool unsent() const { return !output_.empty(); }
+  // The client's address as it was accepted: once the client has gone, the
+  // socket can no longer tell it.
+  void knowPeer(std::string ip, int port) {
+    peerIp_ = std::move(ip);
+    peerPort_ = port;
+  }
   // Every read from now on must be done by `deadline`.
   void beginRequest(Clock::time_point deadline) { deadline_ = deadline; }
   // True once a read ran into the deadline: the connection must end.

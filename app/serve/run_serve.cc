@@ -1,10 +1,15 @@
 #include <limits.h>
+#include <pthread.h>
+#include <signal.h>
 #include <stdlib.h>
 
+#include <condition_variable>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <mutex>
+#include <thread>
 
 #include "serve/serve_command.h"
 #include "serve/site_server.h"
@@ -19,6 +24,55 @@ std::string readToken(const std::string& file) {
   while (!token.empty() && (token.back() == '\n' || token.back() == '\r')) token.pop_back();
   return token;
 }
+
+// SIGTERM and SIGINT end the server as stop() does: the requests being
+// served are answered and the access lines written out. The signals are
+// blocked in every thread, the server's inheriting the mask, and one thread
+// waits for them; a second signal ends the process at once.
+class StopOnSignal {
+ public:
+  explicit StopOnSignal(SiteServer& server) {
+    sigemptyset(&signals_);
+    sigaddset(&signals_, SIGTERM);
+    sigaddset(&signals_, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+    waiter_ = std::thread([this, &server] {
+      int signal = 0;
+      sigwait(&signals_, &signal);
+      {
+        std::lock_guard<std::mutex> guard(mutex_);
+        signalled_ = true;
+        if (done_) return;
+      }
+      server.stop();
+      pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
+      std::unique_lock<std::mutex> lock(mutex_);
+      ended_.wait(lock, [this] { return done_; });
+    });
+  }
+  ~StopOnSignal() {
+    bool waiting;
+    {
+      std::lock_guard<std::mutex> guard(mutex_);
+      done_ = true;
+      waiting = !signalled_;
+    }
+    ended_.notify_all();
+    // A waiter still in sigwait takes this one, sees the server done, and ends.
+    if (waiting) pthread_kill(waiter_.native_handle(), SIGTERM);
+    waiter_.join();
+  }
+  StopOnSignal(const StopOnSignal&) = delete;
+  StopOnSignal& operator=(const StopOnSignal&) = delete;
+
+ private:
+  sigset_t signals_;
+  std::mutex mutex_;
+  std::condition_variable ended_;
+  bool signalled_ = false;
+  bool done_ = false;
+  std::thread waiter_;
+};
 
 }  // namespace
 
@@ -66,6 +120,7 @@ int runServe(const ServeOptions& options, const std::vector<std::string>&, std::
   }
   err << "tagwright serve: " << resolved << " on http://" << options.listen.substr(0, colon) << ":"
       << bound << "/ (editor: /_tagwright/)" << std::endl;
+  StopOnSignal stopOnSignal(server);
   return server.run() ? 0 : 1;
 }
 

@@ -93,6 +93,15 @@ def main():
         element(By.ID, "element").send_keys("#nothing")
         element(By.ID, "read").click()
         wait.until(lambda b: element(By.ID, "message").text.startswith("ERROR: "))
+
+        # SIGTERM ends the server once it has answered and written its log.
+        browser.quit()
+        browser = None
+        server.terminate()
+        status = server.wait(timeout=10)
+        log = server.stderr.read()
+        checks += [(status == 0, f"exit status {status} after SIGTERM"),
+                   (" POST /_tagwright/api/write 200 " in log, f"access log {log!r}")]
         failures = [what for ok, what in checks if not ok]
         for what in failures:
             print("FAILED:", what)
@@ -100,8 +109,9 @@ def main():
     finally:
         if browser:
             browser.quit()
-        server.terminate()
-        server.wait(timeout=10)
+        if server.poll() is None:
+            server.terminate()
+            server.wait(timeout=10)
         shutil.rmtree(work, ignore_errors=True)
 
 
