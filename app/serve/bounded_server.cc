@@ -234,13 +234,19 @@ void BoundedServer::serveInLoop(Connection& connection) {
   stream.allowWaiting(false);
   if (!stream.receive()) return close(connection);
   while (stream.hasInput()) {
-    if (!stream.holdsRequestWithoutBody()) return handOff(connection);
+    const ConnectionStream::Head head = stream.head();
+    if (head != ConnectionStream::Head::kWithoutBody &&
+        head != ConnectionStream::Head::kGetWithBody) {
+      return handOff(connection);
+    }
     const bool last = connection.requestsLeft <= 1;
     bool clientCloses = false;
     const bool served = process_request(stream, last, clientCloses, nullptr);
     const bool sent = stream.flush();
     --connection.requestsLeft;
-    const bool keepOpen = served && sent && !clientCloses && !last;
+    // The unread body of a GET would be taken for the next requests.
+    const bool keepOpen =
+        served && sent && !clientCloses && !last && head == ConnectionStream::Head::kWithoutBody;
     // An answer the socket did not take whole is finished by a worker, also
     // when the connection ends after it.
     if (sent && stream.unsent()) {
@@ -270,13 +276,21 @@ void BoundedServer::serveRequests(Connection& connection) {
   // What the loop could not send at once goes first.
   if (!stream.flush() || connection.closeWhenSent) return close(connection);
   while (stream.hasInput()) {
-    stream.beginRequest(Clock::now() + bounds_.request);
+    const Clock::time_point deadline = Clock::now() + bounds_.request;
+    stream.beginRequest(deadline);
+    // A head that never came whole is httplib's to refuse; the connection
+    // ends after it, as after the unread body of a GET.
+    const ConnectionStream::Head head = stream.awaitHead(deadline);
     const bool last = connection.requestsLeft <= 1;
     bool clientCloses = false;
     bool served = process_request(stream, last, clientCloses, nullptr);
     served = stream.flush() && served;
     --connection.requestsLeft;
-    if (!served || clientCloses || last || stream.expired() || halted_) return close(connection);
+    if (!served || clientCloses || last || stream.expired() || halted_ ||
+        head == ConnectionStream::Head::kIncomplete ||
+        head == ConnectionStream::Head::kGetWithBody) {
+      return close(connection);
+    }
   }
   park(connection);
 }

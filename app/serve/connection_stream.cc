@@ -76,27 +76,51 @@ bool ConnectionStream::receive() {
   }
 }
 
-bool ConnectionStream::holdsRequestWithoutBody() const {
+ConnectionStream::Head ConnectionStream::head() const {
   std::string_view input(input_.data() + inputBegin_, inputEnd_ - inputBegin_);
-  if (!input.starts_with("GET ") && !input.starts_with("HEAD ")) return false;
+  bool mayBeGetOrHead = false;
+  for (std::string_view method : {"GET ", "HEAD "}) {
+    if (input.starts_with(method)) {
+      mayBeGetOrHead = true;
+    } else if (method.starts_with(input)) {
+      return Head::kIncomplete;
+    }
+  }
+  if (!mayBeGetOrHead) return Head::kOther;
   const std::size_t end = input.find("\r\n\r\n");
-  if (end == std::string_view::npos) return false;
+  if (end == std::string_view::npos) return Head::kIncomplete;
   std::string_view head = input.substr(0, end + 2);
-  // A header that announces a body, in any case of letters. If a header
-  // escapes this test, the read of its body finds nothing to wait for, and
-  // the request fails instead of holding the loop.
+  // httplib reads no body of a GET or a HEAD: its bytes would be taken for
+  // the next requests of the connection. A header that announces one, in
+  // any case of letters, says so; "Content-Length: 0" announces none.
+  auto named = [](std::string_view name, std::string_view lower) {
+    return std::equal(name.begin(), name.end(), lower.begin(), lower.end(),
+                      [](char a, char b) { return (a | 0x20) == b; });
+  };
   for (std::size_t line = head.find("\r\n") + 2; line < head.size();) {
     const std::size_t next = head.find("\r\n", line);
-    std::string_view name = head.substr(line, std::min(next, head.find(':', line)) - line);
-    for (std::string_view bodyHeader : {"content-length", "transfer-encoding"}) {
-      if (std::equal(name.begin(), name.end(), bodyHeader.begin(), bodyHeader.end(),
-                     [](char a, char b) { return (a | 0x20) == b; })) {
-        return false;
-      }
+    const std::size_t colon = std::min(next, head.find(':', line));
+    std::string_view name = head.substr(line, colon - line);
+    std::string_view value = head.substr(colon + 1, next - std::min(next, colon + 1));
+    value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
+    value = value.substr(0, value.find_last_not_of(" \t") + 1);
+    if (named(name, "transfer-encoding") || (named(name, "content-length") && value != "0")) {
+      return Head::kGetWithBody;
     }
     line = next + 2;
   }
-  return true;
+  return Head::kWithoutBody;
+}
+
+ConnectionStream::Head ConnectionStream::awaitHead(Clock::time_point deadline) {
+  Head found = head();
+  while (found == Head::kIncomplete && inputEnd_ - inputBegin_ < input_.size() &&
+         waitFor(POLLIN, deadline)) {
+    const std::size_t before = inputEnd_ - inputBegin_;
+    if (!receive() || inputEnd_ - inputBegin_ == before) break;
+    found = head();
+  }
+  return found;
 }
 
 ssize_t ConnectionStream::read(char* ptr, size_t size) {

@@ -27,9 +27,17 @@ class ConnectionStream final : public httplib::Stream {
 
   // True while bytes of a next request are read but not yet taken.
   bool hasInput() const { return inputBegin_ < inputEnd_; }
-  // True when the bytes read and not yet taken hold the whole of a GET or
-  // HEAD request, one that has no body: an event loop may serve it.
-  bool holdsRequestWithoutBody() const;
+  // What the bytes read and not yet taken hold of the next request.
+  enum class Head {
+    kIncomplete,   // not yet all of its head, and it may be a GET or a HEAD
+    kWithoutBody,  // all of the head of a GET or HEAD that has no body
+    kGetWithBody,  // all of the head of a GET or HEAD that announces a body
+    kOther,        // another method: httplib reads its body, if any
+  };
+  Head head() const;
+  // Reads until the head of the next request is there, or the input room is
+  // full, or `deadline` passes; what head() then says.
+  Head awaitHead(Clock::time_point deadline);
   // Reads what the socket holds without waiting: false when the client has
   // closed or the read failed.
   bool receive();

@@ -234,11 +234,12 @@ void SiteServer::route() {
 }
 
 SiteServer::Handler SiteServer::directHandler(const httplib::Request& request) const {
-  // A body not yet read would be taken for the next request of the
-  // connection: httplib reads it only on the way to the patterns.
   if (request.method != "GET" && request.method != "HEAD") return nullptr;
-  if (request.has_header("Content-Length") || request.has_header("Transfer-Encoding")) {
-    return nullptr;
+  // httplib reads no body of a GET or a HEAD; the connection ends after
+  // this answer, so that the body is not taken for further requests.
+  if (request.has_header("Transfer-Encoding") ||
+      (request.has_header("Content-Length") && request.get_header_value("Content-Length") != "0")) {
+    return &SiteServer::refuseBody;
   }
   constexpr std::string_view kEditor = "/_tagwright/";
   std::string_view path = request.path;
@@ -254,6 +255,10 @@ SiteServer::Handler SiteServer::directHandler(const httplib::Request& request) c
 
 void SiteServer::writeOnlyByPost(const httplib::Request&, httplib::Response& response) {
   refuseMethod(response, "POST");
+}
+
+void SiteServer::refuseBody(const httplib::Request&, httplib::Response& response) {
+  refuse(response, 400, "a GET or HEAD request may not have a body");
 }
 
 bool SiteServer::authorized(const httplib::Request& request, bool write) const {

@@ -84,6 +84,7 @@ class SiteServer {
   void listOperation(const httplib::Request& request, httplib::Response& response);
   void writeOperation(const httplib::Request& request, httplib::Response& response);
   void writeOnlyByPost(const httplib::Request& request, httplib::Response& response);
+  void refuseBody(const httplib::Request& request, httplib::Response& response);
   void siteFile(const httplib::Request& request, httplib::Response& response);
   void editorFile(const httplib::Request& request, httplib::Response& response);
   void logRequest(const httplib::Request& request, const httplib::Response& response);

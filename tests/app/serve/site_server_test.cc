@@ -379,6 +379,53 @@ TEST(SiteServer, PublicReadAnswersInTurnAndGuardsWrites) {
   EXPECT_TRUE(answer.body.ends_with(kPage)) << all;
 }
 
+// httplib reads no body of a GET: a GET that announces one is refused and
+// its connection ends, so that the body is never taken for more requests,
+// whether the head came at once (an event loop serves it) or in pieces (a
+// worker waits for the rest of it).
+TEST(SiteServer, GetWithBodyIsRefusedAndEndsTheConnection) {
+  ServedSite site(/*publicRead=*/true);
+  const std::string chunked =
+      "GET /page.htm HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n"
+      "5\r\nhello\r\n0\r\n\r\n";
+  const std::string get = "GET /page.htm HTTP/1.1\r\nHost: x\r\n";
+  const struct {
+    const char* name;
+    std::string request;
+    std::size_t pauseAt;  // the bytes sent before a pause
+    std::vector<int> statuses;
+  } cases[] = {
+      {"chunked", chunked, std::string::npos, {400}},
+      {"chunked, head in pieces", chunked, 20, {400}},
+      {"with a length", get + "Content-Length: 5\r\n\r\nGET /", std::string::npos, {400}},
+      {"length 0, then another",
+       get + "Content-Length: 0\r\n\r\n" + get + "\r\n",
+       std::string::npos,
+       {200, 200}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    int fd = site.connected();
+    const std::size_t first = std::min(c.pauseAt, c.request.size());
+    ::send(fd, c.request.data(), first, MSG_NOSIGNAL);
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(c.pauseAt == std::string::npos ? 0 : 100));
+    ::send(fd, c.request.data() + first, c.request.size() - first, MSG_NOSIGNAL);
+    ::shutdown(fd, SHUT_WR);
+    std::string bytes;
+    char buffer[4096];
+    for (ssize_t n; (n = ::recv(fd, buffer, sizeof buffer, 0)) > 0;) {
+      bytes.append(buffer, static_cast<std::size_t>(n));
+    }
+    ::close(fd);
+    std::vector<int> statuses;
+    for (std::size_t at = 0; (at = bytes.find("HTTP/1.1 ", at)) != std::string::npos; at += 9) {
+      statuses.push_back(std::atoi(bytes.c_str() + at + 9));
+    }
+    EXPECT_EQ(statuses, c.statuses) << bytes;
+  }
+}
+
 // Clients that ask for a large answer and do not read it hold up no one:
 // what the socket does not take leaves with a worker, not with the loop
 // that serves the other connections.
