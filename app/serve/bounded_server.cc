@@ -71,7 +71,7 @@ struct BoundedServer::Connection {
   std::atomic<Clock::rep> parkedSince{kBusy};
   std::size_t requestsLeft = 0;
   bool inLoopSet = false;
-  bool closeWhenSent = false;  // once what a loop left unsent is sent
+  bool closeWhenSent = false;  // after the answer being sent
   std::list<std::unique_ptr<Connection>>::iterator self;
 };
 
@@ -229,6 +229,20 @@ void BoundedServer::acceptWaiting(int listener) {
   }
 }
 
+bool BoundedServer::answer(Connection& connection, ConnectionStream::Head head) {
+  ConnectionStream& stream = connection.stream;
+  const bool last = connection.requestsLeft-- <= 1;
+  bool clientCloses = false;
+  const bool served = process_request(stream, last, clientCloses, nullptr);
+  // The unread body of a GET would be taken for the next requests, and so
+  // would the rest of a head that never came whole.
+  const bool nextRequestFollows =
+      head == ConnectionStream::Head::kWithoutBody || head == ConnectionStream::Head::kOther;
+  connection.closeWhenSent =
+      !served || clientCloses || last || stream.expired() || halted_ || !nextRequestFollows;
+  return stream.flush();
+}
+
 void BoundedServer::serveInLoop(Connection& connection) {
   ConnectionStream& stream = connection.stream;
   stream.allowWaiting(false);
@@ -239,21 +253,11 @@ void BoundedServer::serveInLoop(Connection& connection) {
         head != ConnectionStream::Head::kGetWithBody) {
       return handOff(connection);
     }
-    const bool last = connection.requestsLeft <= 1;
-    bool clientCloses = false;
-    const bool served = process_request(stream, last, clientCloses, nullptr);
-    const bool sent = stream.flush();
-    --connection.requestsLeft;
-    // The unread body of a GET would be taken for the next requests.
-    const bool keepOpen =
-        served && sent && !clientCloses && !last && head == ConnectionStream::Head::kWithoutBody;
+    if (!answer(connection, head)) return close(connection);
     // An answer the socket did not take whole is finished by a worker, also
     // when the connection ends after it.
-    if (sent && stream.unsent()) {
-      connection.closeWhenSent = !keepOpen;
-      return handOff(connection);
-    }
-    if (!keepOpen) return close(connection);
+    if (stream.unsent()) return handOff(connection);
+    if (connection.closeWhenSent) return close(connection);
   }
   park(connection);
 }
@@ -278,19 +282,9 @@ void BoundedServer::serveRequests(Connection& connection) {
   while (stream.hasInput()) {
     const Clock::time_point deadline = Clock::now() + bounds_.request;
     stream.beginRequest(deadline);
-    // A head that never came whole is httplib's to refuse; the connection
-    // ends after it, as after the unread body of a GET.
+    // A head that never comes whole is httplib's to refuse.
     const ConnectionStream::Head head = stream.awaitHead(deadline);
-    const bool last = connection.requestsLeft <= 1;
-    bool clientCloses = false;
-    bool served = process_request(stream, last, clientCloses, nullptr);
-    served = stream.flush() && served;
-    --connection.requestsLeft;
-    if (!served || clientCloses || last || stream.expired() || halted_ ||
-        head == ConnectionStream::Head::kIncomplete ||
-        head == ConnectionStream::Head::kGetWithBody) {
-      return close(connection);
-    }
+    if (!answer(connection, head) || connection.closeWhenSent) return close(connection);
   }
   park(connection);
 }

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "serve/connection_stream.h"
+
 namespace tagwright {
 
 // httplib's server with its connections bounded in time and number. httplib
@@ -69,6 +71,9 @@ class BoundedServer final : public httplib::Server {
   void runLoop(Loop& loop);
   void work();
   void acceptWaiting(int listener);
+  // Answers the request whose head the connection holds; false when the
+  // answer could not be sent. Says whether the connection ends after it.
+  bool answer(Connection& connection, ConnectionStream::Head head);
   // Serves the requests the connection holds without waiting on its client.
   void serveInLoop(Connection& connection);
   // Serves requests, waiting on the client within the bounds, until none
